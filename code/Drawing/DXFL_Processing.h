@@ -1,0 +1,40 @@
+// DXFL_Processing: the tolerant DXF reader, and the extents of what it read.
+// The entities belong to the caller's list; their normals are left to the caller.
+#pragma once
+
+#include "DraftEntity.h"
+
+#include <list>
+#include <string>
+
+/// The constant iterator of an entity list, the entities of a drawing in file order.
+using Draft_Entity_iterator = std::list<DraftEntity*>::const_iterator;
+
+/// Reads the POINT, LINE and 3DFACE entities of the ENTITIES section of a DXF file in its text form (group codes 0,
+/// 2, 5, 8 and 10 to 33 of the DXF reference). The file is read line by line, not as strict pairs: each line is taken
+/// as the value of the line before it, if that one denotes a group code. Numbers are read in the C locale.
+class DXFL_Processing
+{
+public:
+    /// Reads the file at the path `file_name` and appends its entities to `drentity_lst`, whose owner owns them from
+    /// then on. Where the status is not 0 the list is unchanged.
+    DXFL_Processing(std::string file_name, std::list<DraftEntity*>& drentity_lst);
+    ~DXFL_Processing() = default;
+
+    /// 0: the file was read. -1: the path cannot be queried. 1: it is a directory (or a socket or block device, which
+    /// share the directory's mode bit). 2: the file cannot be opened for reading; a FIFO or a character device never
+    /// is, for reading one may have no end.
+    int get_file_status() const { return file_status; }
+
+    /// The extents of `drentity_lst` in model coordinates: its smallest and its largest x, y and z, and the largest
+    /// absolute value among all coordinates. False for an empty list, which leaves the outputs as they were. A NaN
+    /// takes no part; an axis that holds nothing else, and a limit of nothing else, is NaN.
+    bool get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect3d& min_pnt, DRVect3d& max_pnt,
+                      double& dlimit) const;
+
+private:
+    int file_status = 0;
+
+    static bool is_tag_string(std::string presence_str, std::string model_str);
+    bool read_file(std::string file_name, std::list<DraftEntity*>& drentity_lst);
+};

@@ -1,0 +1,80 @@
+// The points of an entity: made with it, filled by the reader, released with it.
+
+#include "DraftEntity.h"
+
+namespace
+{
+
+unsigned int points_of(DraftEntity::EntityType type)
+{
+    switch (type) {
+    case DraftEntity::Point:
+        return 1;
+    case DraftEntity::Line:
+        return 2;
+    case DraftEntity::Face:
+        return 4;
+    }
+    return 0;
+}
+
+} // namespace
+
+DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type)
+{
+    const unsigned int quantity = points_of(cur_type);
+    my_points.reserve(quantity);
+    for (unsigned int i = 0; i < quantity; ++i)
+        my_points.push_back(new DRVect3d);
+}
+
+DraftEntity::~DraftEntity()
+{
+    for (DRVect3d* point : my_points)
+        delete point;
+}
+
+bool DraftEntity::set_coordinate(double cur_val, Coordinate cur_coord, unsigned int cur_point)
+{
+    if (cur_point >= points())
+        return false;
+    DRVect3d& point = *my_points[cur_point];
+    switch (cur_coord) {
+    case X:
+        point.x(cur_val);
+        break;
+    case Y:
+        point.y(cur_val);
+        break;
+    case Z:
+        point.z(cur_val);
+        break;
+    }
+    return true;
+}
+
+bool DraftEntity::get_coordinate(double& cur_val, Coordinate cur_coord, unsigned int cur_point) const
+{
+    if (cur_point >= points())
+        return false;
+    const DRVect3d& point = *my_points[cur_point];
+    switch (cur_coord) {
+    case X:
+        cur_val = point.x();
+        break;
+    case Y:
+        cur_val = point.y();
+        break;
+    case Z:
+        cur_val = point.z();
+        break;
+    }
+    return true;
+}
+
+void DraftEntity::compute_normal()
+{
+    if (my_type != Face || points() < 3)
+        return;
+    my_normal = DRVect3d().getNormal(*my_points[0], *my_points[1], *my_points[2]);
+}

@@ -1,0 +1,8 @@
+// The number at the start of a line, read as the C library's atof does in the C locale, whatever the process's is.
+#pragma once
+
+#include <string_view>
+
+/// The value of the longest number that `text` begins with, after white space: a sign, decimals, an exponent, a
+/// hexadecimal number, inf or nan, exactly as `atof` reads it. 0 where it begins with none.
+double to_number(std::string_view text);

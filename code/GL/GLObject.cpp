@@ -1,0 +1,110 @@
+// The OpenGL calls that draw one entity.
+
+#include "GLObject.h"
+
+#include "Drawing/DraftEntity.h"
+
+#include <GL/gl.h>
+
+namespace
+{
+
+void send_color(const DRVect3d& color)
+{
+    glColor3d(color.x(), color.y(), color.z());
+}
+
+void send_vertex(const DraftEntity& entity, unsigned int index)
+{
+    DRVect3d point;
+    entity.get_point(point, index);
+    const GLdouble coordinates[] = {point.x(), point.y(), point.z()};
+    glVertex3dv(coordinates);
+}
+
+void send_vertices(const DraftEntity& entity)
+{
+    const unsigned int quantity = entity.points();
+    for (unsigned int i = 0; i < quantity; ++i)
+        send_vertex(entity, i);
+}
+
+} // namespace
+
+GLObject::GLObject(DraftEntity* cur_drentity) : Marker(0), my_drentity(cur_drentity) {}
+
+GLObject::~GLObject()
+{
+    my_drentity = nullptr;
+}
+
+/// Any mark besides `selected` shows the object in its basic colour.
+const DRVect3d& GLObject::current_color() const
+{
+    return my_mark == selected ? my_select_color : my_basic_color;
+}
+
+void GLObject::draw()
+{
+    glDisable(GL_LIGHTING);
+    glLoadName(static_cast<GLuint>(my_local_id));
+    switch (my_drentity->get_type()) {
+    case DraftEntity::Point:
+        glPointSize(static_cast<GLfloat>(my_thickness));
+        glBegin(GL_POINTS);
+        send_color(current_color());
+        send_vertices(*my_drentity);
+        glEnd();
+        break;
+    case DraftEntity::Line:
+        glLineWidth(static_cast<GLfloat>(my_thickness));
+        glBegin(GL_LINES);
+        send_color(current_color());
+        send_vertices(*my_drentity);
+        glEnd();
+        break;
+    case DraftEntity::Face:
+        draw_face();
+        break;
+    }
+}
+
+void GLObject::draw_face()
+{
+    const DraftEntity& face = *my_drentity;
+    const unsigned int quantity = face.points();
+    switch (my_rendering) {
+    case POINT:
+        glPointSize(static_cast<GLfloat>(my_thickness));
+        glBegin(GL_POINTS);
+        send_color(current_color());
+        send_vertices(face);
+        glEnd();
+        break;
+    case WIREFRAME:
+        glLineWidth(static_cast<GLfloat>(my_thickness));
+        glBegin(GL_LINES);
+        send_color(current_color());
+        for (unsigned int i = 0; i < quantity; ++i) {
+            send_vertex(face, i);
+            send_vertex(face, i + 1 < quantity ? i + 1 : 0);
+        }
+        glEnd();
+        break;
+    case SOLID: {
+        if (quantity < 3)
+            break;
+        glEnable(GL_LIGHTING);
+        const DRVect3d& color = current_color();
+        const GLfloat diffuse[] = {static_cast<GLfloat>(color.x()), static_cast<GLfloat>(color.y()),
+                                   static_cast<GLfloat>(color.z()), 1.0F};
+        glBegin(quantity == 3 ? GL_TRIANGLES : quantity == 4 ? GL_QUADS : GL_POLYGON);
+        glMaterialfv(GL_FRONT, GL_DIFFUSE, diffuse);
+        const DRVect3d normal = face.get_normal();
+        glNormal3d(normal.x(), normal.y(), normal.z());
+        send_vertices(face);
+        glEnd();
+        break;
+    }
+    }
+}

@@ -1,0 +1,341 @@
+// The view's OpenGL state, its projection and drawing pass, its orientations, and the mouse on it.
+
+#include "QGLEditor.h"
+
+#include "GLObject.h"
+
+#include <GL/glu.h>
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QMouseEvent>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace
+{
+
+struct Angles {
+    GLdouble x, y, z;
+};
+
+/// In degrees, by orientation mode.
+constexpr std::array<Angles, 6> orientation_angles{{
+    {0, 0, 0},   // FRONT
+    {0, 180, 0}, // BACK
+    {0, 90, 0},  // LEFT
+    {0, -90, 0}, // RIGHT
+    {90, 0, 0},  // TOP
+    {-90, 0, 0}, // BOTTOM
+}};
+
+/// A hit record of a name stack of depth one, as OpenGL's selection mode writes it.
+struct HitRecord {
+    GLuint names;
+    GLuint min_depth;
+    GLuint max_depth;
+    GLuint name;
+};
+
+constexpr unsigned int bufMaxSize = 512;
+constexpr unsigned int entries_per_hit = 4;
+
+HitRecord hit_record(const GLuint* buffer, unsigned long index)
+{
+    const GLuint* entry = buffer + entries_per_hit * index;
+    return {entry[0], entry[1], entry[2], entry[3]};
+}
+
+/// The name of the hit with the smallest depth, minimal or maximal; the earliest of equal ones.
+GLuint front_name(const GLuint* buffer, unsigned long quantity)
+{
+    HitRecord front = hit_record(buffer, 0);
+    GLuint front_depth = front.min_depth;
+    for (unsigned long i = 0; i < quantity; ++i) {
+        const HitRecord hit = hit_record(buffer, i);
+        const GLuint depth = std::min(hit.min_depth, hit.max_depth);
+        if (depth < front_depth) {
+            front = hit;
+            front_depth = depth;
+        }
+    }
+    return front.name;
+}
+
+bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
+{
+    return (buttons & wanted) == wanted;
+}
+
+/// Takes back the drag cursors whose release never came, because a dialog or the end of the view took it.
+void drop_stale_drag_cursors()
+{
+    for (const QCursor* cursor = QApplication::overrideCursor();
+         cursor != nullptr && (cursor->shape() == Qt::PointingHandCursor || cursor->shape() == Qt::SizeAllCursor);
+         cursor = QApplication::overrideCursor())
+        QApplication::restoreOverrideCursor();
+}
+
+} // namespace
+
+QGLEditor::QGLEditor(QWidget* parent) : QGLWidget(parent, nullptr, Qt::WindowFlags())
+{
+    setFormat(QGLFormat(QGL::DoubleBuffer | QGL::DepthBuffer));
+}
+
+QGLEditor::~QGLEditor()
+{
+    drop_stale_drag_cursors();
+    clear_drawing_objects();
+}
+
+DRVect3d QGLEditor::drawing_rotation(DRVect3d some_vect)
+{
+    rotationX = some_vect.x();
+    rotationY = some_vect.y();
+    rotationZ = some_vect.z();
+    return drawing_rotation();
+}
+
+DRVect3d QGLEditor::drawing_translation(DRVect3d some_vect)
+{
+    translationX = some_vect.x();
+    translationY = some_vect.y();
+    translationZ = some_vect.z();
+    return drawing_translation();
+}
+
+GLObject* QGLEditor::get_drawing_object(unsigned long some_number) const
+{
+    return some_number < drw_globjects.size() ? drw_globjects[some_number] : nullptr;
+}
+
+void QGLEditor::clear_drawing_objects()
+{
+    for (const GLObject* object : drw_globjects)
+        delete object;
+    drw_globjects.clear();
+}
+
+QGLEditor::Orientation_Mode QGLEditor::orientation(Orientation_Mode some_orientation)
+{
+    const auto index = static_cast<std::size_t>(some_orientation);
+    if (index < orientation_angles.size()) {
+        const Angles& angles = orientation_angles[index];
+        rotationX = angles.x;
+        rotationY = angles.y;
+        rotationZ = angles.z;
+    }
+    return drw_orientation = some_orientation;
+}
+
+void QGLEditor::set_source_drawing_view()
+{
+    orientation(FRONT);
+    drawing_translation(DRVect3d());
+    drw_scaling = drw_src_scaling;
+}
+
+QString QGLEditor::version_of_OpenGL() const
+{
+    const GLubyte* version = glGetString(GL_VERSION);
+    const char* text = version != nullptr ? reinterpret_cast<const char*>(version) : "unknown";
+    return QLatin1String("v.") + QLatin1String(text) + QLatin1String(", ");
+}
+
+void QGLEditor::initializeGL()
+{
+    qglClearColor(Qt::darkGray);
+    glDisable(GL_CULL_FACE);
+
+    // One light behind the viewer and one before, both at infinity. The first view of the process sets the
+    // distance for all later ones; without a direction, a fourth component of 0, only its sign matters.
+    static const auto distance = static_cast<GLfloat>(10.0 * drw_limit);
+    static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
+    static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
+    const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
+    const GLfloat diffuse[] = {1.0F, 1.0F, 1.0F, 1.0F};
+    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT0, GL_POSITION, position0);
+    glLightfv(GL_LIGHT1, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT1, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT1, GL_POSITION, position1);
+
+    const GLfloat lmodelAmbient[] = {0.2F, 0.2F, 0.2F, 1.0F};
+    const GLfloat localView[] = {0.0F};
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, lmodelAmbient);
+    glLightModelfv(GL_LIGHT_MODEL_LOCAL_VIEWER, localView);
+
+    glFrontFace(GL_CW);
+    for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
+        glEnable(capability);
+    glDepthFunc(GL_LESS);
+}
+
+void QGLEditor::resizeGL(int wwidth, int wheight)
+{
+    glViewport(0, 0, wwidth, wheight);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glDepthMask(GL_TRUE);
+    glEnable(GL_DEPTH_TEST);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    perspective_transformation(wwidth, wheight);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
+
+void QGLEditor::perspective_transformation(int cur_wwidth, int cur_wheight)
+{
+    const double aspect = static_cast<double>(std::max(cur_wwidth, 1)) / std::max(cur_wheight, 1);
+    double left = -1.0;
+    double right = 1.0;
+    double bottom = -1.0;
+    double top = 1.0;
+    const double hither = drw_limit;
+    const double yon = -drw_limit;
+    if (aspect < 1) {
+        bottom = -1 / aspect;
+        top = 1 / aspect;
+    } else {
+        left = -aspect;
+        right = aspect;
+    }
+    glOrtho(left, right, bottom, top, hither, yon);
+}
+
+void QGLEditor::paintGL()
+{
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    draw();
+}
+
+void QGLEditor::draw()
+{
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glTranslated(translationX, translationY, translationZ);
+    glScaled(drw_scaling, drw_scaling, drw_scaling);
+    glRotated(rotationX, 1, 0, 0);
+    glRotated(rotationY, 0, 1, 0);
+    glRotated(rotationZ, 0, 0, 1);
+    for (GLObject* object : drw_globjects)
+        object->draw();
+}
+
+void QGLEditor::mousePressEvent(QMouseEvent* event)
+{
+    lastPos = event->pos();
+    if (event->buttons() == event->button())
+        drop_stale_drag_cursors();
+    if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
+        QApplication::setOverrideCursor(Qt::SizeAllCursor);
+    else if ((event->buttons() & (Qt::LeftButton | Qt::RightButton)) != 0)
+        QApplication::setOverrideCursor(Qt::PointingHandCursor);
+}
+
+void QGLEditor::mouseReleaseEvent(QMouseEvent* /*event*/)
+{
+    QApplication::restoreOverrideCursor();
+}
+
+void QGLEditor::mouseMoveEvent(QMouseEvent* event)
+{
+    const QPoint moved = event->pos() - lastPos;
+    const double dx = static_cast<double>(moved.x()) / std::max(width(), 1);
+    const double dy = static_cast<double>(moved.y()) / std::max(height(), 1);
+    bool changed = true;
+    if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton)) {
+        translationX += dx;
+        translationY -= dy;
+    } else if (holds(event->buttons(), Qt::LeftButton)) {
+        rotationX += 180 * dy;
+        rotationY += 180 * dx;
+    } else if (holds(event->buttons(), Qt::RightButton)) {
+        rotationX += 180 * dy;
+        rotationZ += 180 * dx;
+    } else {
+        changed = false;
+    }
+    if (changed)
+        updateGL();
+    lastPos = event->pos();
+}
+
+void QGLEditor::wheelEvent(QWheelEvent* event)
+{
+    const double numDegrees = -event->delta() / 8.0;
+    const double numSteps = numDegrees / 15.0;
+    drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
+    update();
+    event->accept();
+}
+
+void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (holds(event->buttons(), Qt::LeftButton))
+        select_at(event->pos());
+    else if (holds(event->buttons(), Qt::RightButton))
+        choose_background();
+    update();
+}
+
+unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer)
+{
+    makeCurrent();
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    glSelectBuffer(static_cast<GLsizei>(MaxSize), buffer);
+    glRenderMode(GL_SELECT);
+    glInitNames();
+    glPushName(0);
+
+    glMatrixMode(GL_PROJECTION);
+    glPushMatrix();
+    glLoadIdentity();
+    const qreal pixels = devicePixelRatioF(); // the viewport counts the screen's pixels, an event the widget's
+    gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0, 3.0, viewport);
+    perspective_transformation(width(), height());
+    draw();
+    glMatrixMode(GL_PROJECTION);
+    glPopMatrix();
+    return static_cast<GLuint>(glRenderMode(GL_RENDER));
+}
+
+void QGLEditor::select_at(const QPoint& pos)
+{
+    GLuint sel_buffer[bufMaxSize] = {};
+    const unsigned long sel_entity_quantity = entityIdAtPosition(pos, bufMaxSize, sel_buffer);
+    for (GLObject* object : drw_globjects)
+        object->del_mark(selected);
+    my_last_selected_entity_id = 0;
+    if (sel_entity_quantity == 0)
+        return;
+
+    // An overflow of the buffer, -1 as OpenGL tells it, is a full buffer.
+    const unsigned long loc_sel_entity_quantity =
+        std::min<unsigned long>(sel_entity_quantity, bufMaxSize / entries_per_hit);
+    my_last_selected_entity_id = front_name(sel_buffer, loc_sel_entity_quantity);
+
+    // Ids are consecutive in the order of the list.
+    GLObject* first = get_drawing_object(0);
+    GLObject* hit = first != nullptr ? get_drawing_object(my_last_selected_entity_id - first->local_id()) : nullptr;
+    if (hit != nullptr && hit->local_id() == my_last_selected_entity_id)
+        hit->set_mark(selected);
+}
+
+void QGLEditor::choose_background()
+{
+    const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
+    if (!newBgColor.isValid())
+        return;
+    makeCurrent();
+    qglClearColor(newBgColor);
+}

@@ -1,0 +1,126 @@
+// QGLEditor: the OpenGL view of one drawing, turned, moved, zoomed and picked with the mouse.
+// How a single object is drawn is left to GLObject, and where drawings come from to the drawing window.
+#pragma once
+
+#include "Drawing/DRVect3d.h"
+
+#include <QGLWidget>
+#include <QPoint>
+#include <QString>
+
+#include <vector>
+
+class GLObject;
+
+/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are scaled uniformly,
+/// turned about the model's origin and moved in eye units, of which the shorter side of the widget spans two, from -1
+/// to 1. No operation repaints: the caller calls update().
+class QGLEditor : public QGLWidget
+{
+    Q_OBJECT
+
+public:
+    enum Orientation_Mode : int { FRONT, BACK, LEFT, RIGHT, TOP, BOTTOM };
+
+    explicit QGLEditor(QWidget* parent);
+    ~QGLEditor() override;
+    QGLEditor(const QGLEditor&) = delete;
+    QGLEditor& operator=(const QGLEditor&) = delete;
+
+    /// The corners of the drawing, in model coordinates; kept for whoever asks, drawing does not use them.
+    DRVect3d drawing_min_point() const { return drw_min_point; }
+    DRVect3d drawing_min_point(DRVect3d some_vect) { return drw_min_point = some_vect; }
+    DRVect3d drawing_max_point() const { return drw_max_point; }
+    DRVect3d drawing_max_point(DRVect3d some_vect) { return drw_max_point = some_vect; }
+
+    /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. Set before the
+    /// first show; a later change takes effect at the next resize or pick. At 0 everything in the plane is shown.
+    double drawing_limit() const { return drw_limit; }
+    double drawing_limit(double some_val) { return drw_limit = some_val; }
+
+    /// The scale factor from drawing units to eye units.
+    double drawing_scaling() const { return drw_scaling; }
+    double drawing_scaling(double some_val) { return drw_scaling = some_val; }
+
+    /// The scale factor of the source view, 1.0 until it is set.
+    double drawing_source_scaling() const { return drw_src_scaling; }
+    double drawing_source_scaling(double some_val) { return drw_src_scaling = some_val; }
+
+    /// The angles about the model's axes, in degrees; they are not wrapped.
+    DRVect3d drawing_rotation() const { return {rotationX, rotationY, rotationZ}; }
+    DRVect3d drawing_rotation(DRVect3d some_vect);
+
+    /// In eye units, applied after the scaling.
+    DRVect3d drawing_translation() const { return {translationX, translationY, translationZ}; }
+    DRVect3d drawing_translation(DRVect3d some_vect);
+
+    /// Appends an object, which the view owns from then on; neither null nor doubles are refused.
+    void add_drawing_object(GLObject* some_object) { drw_globjects.push_back(some_object); }
+
+    /// The object at an index from 0, still owned by the view; null at and beyond the number of objects.
+    GLObject* get_drawing_object(unsigned long some_number) const;
+    unsigned long quantity_of_drawing_objects() const { return drw_globjects.size(); }
+
+    /// Deletes all objects.
+    void clear_drawing_objects();
+
+    /// Exchanges the view's objects with those of `some_objects`; each side owns what it then holds.
+    void swap_drawing_objects(std::vector<GLObject*>& some_objects) { drw_globjects.swap(some_objects); }
+
+    /// The local id that the last left double-click picked, 0 for none.
+    unsigned long last_selected_entity_id() const { return my_last_selected_entity_id; }
+
+    Orientation_Mode orientation() const { return drw_orientation; }
+
+    /// Sets the angles of a standard orientation; translation and scaling stay. A value outside the enumeration is
+    /// stored and changes no angle.
+    Orientation_Mode orientation(Orientation_Mode some_orientation);
+
+    /// The front orientation, unmoved, at the source scaling.
+    void set_source_drawing_view();
+
+    /// "v.", what glGetString(GL_VERSION) says of the current context, and ", "; "unknown" stands in its place while
+    /// no context is current.
+    QString version_of_OpenGL() const;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+    void initializeGL() override;
+    void resizeGL(int wwidth, int wheight) override;
+    void paintGL() override;
+
+    /// Multiplies the current matrix by the orthographic projection of a widget of this size; a side of no length
+    /// counts as one pixel.
+    void perspective_transformation(int cur_wwidth, int cur_wheight);
+
+    /// Draws the view in selection mode around a widget position, 3 x 3 pixels wide, and returns the number of hit
+    /// records in `buffer`, which holds `MaxSize` entries; a buffer that is too small gives a number beyond any real
+    /// one, and holds as many records as fit.
+    unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
+
+private:
+    void draw();
+    void select_at(const QPoint& pos);
+    void choose_background();
+
+    GLdouble rotationX = 0.0;
+    GLdouble rotationY = 0.0;
+    GLdouble rotationZ = 0.0;
+    GLdouble translationX = 0.0;
+    GLdouble translationY = 0.0;
+    GLdouble translationZ = 0.0;
+    QPoint lastPos;
+    DRVect3d drw_min_point;
+    DRVect3d drw_max_point;
+    double drw_limit = 1.0;
+    double drw_scaling = 1.0;
+    double drw_src_scaling = 1.0;
+    std::vector<GLObject*> drw_globjects; // owned
+    unsigned long my_last_selected_entity_id = 0;
+    Orientation_Mode drw_orientation = FRONT;
+};

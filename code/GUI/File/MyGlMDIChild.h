@@ -1,0 +1,58 @@
+// MyGlMDIChild: the drawing window, an OpenGL view that loads one DXF file and knows its facts.
+// Its frame, and when it is shown or closed, are left to the main window.
+#pragma once
+
+#include "Drawing/DXFL_Processing.h"
+#include "GL/QGLEditor.h"
+
+#include <QSize>
+#include <QString>
+
+#include <list>
+
+class DraftEntity;
+
+/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them.
+class MyGlMDIChild : public QGLEditor
+{
+    Q_OBJECT
+
+public:
+    explicit MyGlMDIChild(QWidget* parent);
+    ~MyGlMDIChild() override;
+    MyGlMDIChild(const MyGlMDIChild&) = delete;
+    MyGlMDIChild& operator=(const MyGlMDIChild&) = delete;
+
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+
+    /// Loads a DXF file, once and before the window is shown. Warns and returns false for a file that cannot be read,
+    /// which changes nothing; warns and returns true for one without a known entity, which leaves the view empty.
+    /// Takes back the caller's wait cursor before a warning.
+    bool loadFile(const QString& fileName);
+
+    /// The file's name without its directory, its directory without symbolic links, and its size in bytes; empty and
+    /// 0 until a file has been read.
+    QString tell_file_name() const { return drw_name; }
+    QString tell_file_path() const { return drw_path; }
+    qint64 tell_file_size() const { return drw_size; }
+
+    /// The numbers of entities of each type.
+    unsigned long points() const { return drw_point_quantity; }
+    unsigned long lines() const { return drw_line_quantity; }
+    unsigned long faces() const { return drw_face_quantity; }
+
+private:
+    void warn(const QString& text);
+    void take_extents(const DXFL_Processing& reader);
+    void make_objects();
+
+    QString drw_name;
+    QString drw_path;
+    qint64 drw_size = 0;
+    unsigned long drw_point_quantity = 0;
+    unsigned long drw_line_quantity = 0;
+    unsigned long drw_face_quantity = 0;
+    Draft_Entity_iterator my_drentity_iterator;
+    std::list<DraftEntity*> draft_entities; // owned
+};

@@ -1,0 +1,114 @@
+// MyMainWindow: the application's window, with its commands, the drawing windows and the information boxes.
+// Loading and showing a drawing is left to MyGlMDIChild.
+#pragma once
+
+#include "GL/GLObject.h"
+#include "GL/QGLEditor.h"
+
+#include <QMainWindow>
+#include <QString>
+
+class MyGlMDIChild;
+class QAction;
+class QMdiArea;
+class QMdiSubWindow;
+class QMenu;
+class QSignalMapper;
+class QToolBar;
+
+/// The multiple-document main window. Its menus, toolbars, actions and drawing windows are its Qt children.
+class MyMainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Builds the window and gives it its stored position and size; showing it is left to the caller.
+    MyMainWindow();
+    ~MyMainWindow() override;
+    MyMainWindow(const MyMainWindow&) = delete;
+    MyMainWindow& operator=(const MyMainWindow&) = delete;
+
+    /// Opens the named DXF file in a new drawing window, without a dialog. Warns and returns false for a file that
+    /// cannot be read; false, too, for an empty name.
+    bool open_dxf(QString fileName);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+    QString ogl_version;
+    QString current_dxf_file_dir;
+
+private slots:
+    void open_dxf();
+    void aboutdrw();
+    void about();
+    void ireferences();
+    void about_dxf();
+    void updateMenus();
+    void updateWindowMenu();
+    MyGlMDIChild* createMyGlMDIChild();
+    void switchLayoutDirection();
+    void setActiveSubWindow(QWidget* window);
+    void setFrontView();
+    void setBackView();
+    void setLeftView();
+    void setRightView();
+    void setTopView();
+    void setBottomView();
+    void setSrcView();
+    void setPointView();
+    void setWireframeView();
+    void setSolidView();
+
+private:
+    void createActions();
+    void createMenus();
+    void createToolBars();
+    void createStatusBar();
+    void readSettings();
+    void writeSettings();
+    MyGlMDIChild* activeMyGlMDIChild() const;
+
+    static MyGlMDIChild* drawing_in(const QMdiSubWindow* frame);
+    void discard(MyGlMDIChild* child);
+    void warn(const QString& text);
+    void inform(const QString& title, const QString& text);
+    void orient(QGLEditor::Orientation_Mode mode);
+    void render(GLObject::DRendering mode);
+
+    QMdiArea* mdiArea;
+    QSignalMapper* windowMapper;
+
+    QMenu* fileMenu;
+    QMenu* viewMenu;
+    QMenu* windowMenu;
+    QMenu* helpMenu;
+
+    QToolBar* fileToolBar;
+    QToolBar* viewToolBar;
+    QToolBar* renderingToolBar;
+
+    QAction* openDxfAct;
+    QAction* aboutDrwAct;
+    QAction* exitAct;
+    QAction* VFrontAct;
+    QAction* VBackAct;
+    QAction* VLeftAct;
+    QAction* VRightAct;
+    QAction* VTopAct;
+    QAction* VBottomAct;
+    QAction* VPointAct;
+    QAction* VWireframeAct;
+    QAction* VSolidAct;
+    QAction* VSrcAct;
+    QAction* closeAct;
+    QAction* closeAllAct;
+    QAction* tileAct;
+    QAction* cascadeAct;
+    QAction* nextAct;
+    QAction* previousAct;
+    QAction* separatorAct;
+    QAction* aboutAct;
+    QAction* referencesAct;
+    QAction* aboutdxfAct;
+};
