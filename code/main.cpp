@@ -1,4 +1,5 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop; and the last words where
+// memory or the display is missing.
 
 #include "GUI/MyMainWindow.h"
 
@@ -9,10 +10,49 @@
 #include <QPixmap>
 #include <QSplashScreen>
 
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <memory>
+#include <new>
+#include <string_view>
+
+#include <unistd.h>
 
 namespace
 {
+
+/// Leaves at once, without a destructor: there is no memory to run them with, and no setting is written half.
+[[noreturn]] void end_without_memory()
+{
+    constexpr std::string_view text = "Tolmera: out of memory; the drawing is too large for it.\n";
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    ::_exit(EXIT_FAILURE);
+}
+
+/// Qt throws std::bad_alloc where its own allocations fail, past the handler of operator new.
+[[noreturn]] void end_by_exception()
+{
+    try {
+        if (const std::exception_ptr exception = std::current_exception())
+            std::rethrow_exception(exception);
+    } catch (const std::bad_alloc&) {
+        end_without_memory();
+    } catch (...) {
+        std::abort();
+    }
+    std::abort();
+}
+
+/// Tells what Qt says on standard error. A fatal message, of a display that cannot be reached, ends the program with
+/// an exit code, where Qt would leave a core dump.
+void tell(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    const QByteArray text = qFormatLogMessage(type, context, message).toLocal8Bit() + '\n';
+    std::fputs(text.constData(), stderr);
+    if (type == QtFatalMsg)
+        ::_exit(EXIT_FAILURE);
+}
 
 void warn(MyMainWindow& mainWin, const QString& text)
 {
@@ -37,6 +77,10 @@ bool check_file(MyMainWindow& mainWin, const QString& name)
 
 int main(int argc, char** argv)
 {
+    std::set_new_handler(end_without_memory);
+    std::set_terminate(end_by_exception);
+    qInstallMessageHandler(tell);
+
     Q_INIT_RESOURCE(Tolmera);
     QApplication app(argc, argv);
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));

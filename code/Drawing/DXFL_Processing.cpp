@@ -12,6 +12,7 @@
 #include <limits>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -79,48 +80,49 @@ bool contains(std::string_view line, std::string_view word)
 }
 
 /// The line without its LF and a CR right before it.
-std::string text_of(std::string_view line)
+std::string_view text_of(std::string_view line)
 {
     line.remove_suffix(1);
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    return std::string(line);
+    return line;
 }
 
-/// Tells which group codes a line denotes, by a test that it is given. The few short lines that make up most of a
-/// file's group codes are tested once and remembered.
+/// Tells which group codes a line denotes, by a test that it is given. Lines of up to four characters, which nearly
+/// all group codes are, are tested once and remembered.
 template <typename Test> class CodeReader
 {
 public:
     explicit CodeReader(Test test) : denotes(test)
     {
         for (const char* c = code_characters; *c != '\0'; ++c)
-            in_a_code[static_cast<unsigned char>(*c)] = true;
+            symbols[static_cast<unsigned char>(*c)] = static_cast<std::uint8_t>(c - code_characters + 1);
     }
 
     /// `line` ends with LF.
     Codes operator()(std::string_view line)
     {
         for (const char c : line)
-            if (!in_a_code[static_cast<unsigned char>(c)])
+            if (symbols[static_cast<unsigned char>(c)] == 0)
                 return 0;
 
-        std::uint64_t key = 0;
-        if (line.size() > sizeof key)
+        // The line's end has no meaning, and of the blanks that it begins with only one has.
+        std::string_view text = text_of(line);
+        while (text.size() > 1 && text[0] == ' ' && text[1] == ' ')
+            text.remove_prefix(1);
+        if (text.size() > longest_known)
             return test_all(line);
-        for (const char c : line)
-            key = key << 8 | static_cast<unsigned char>(c);
-        Known& known = cache[key * 0x9E3779B97F4A7C15U >> 56]; // Fibonacci hashing, the top eight bits
-        if (known.key != key)
-            known = {key, test_all(line)};
-        return known.codes;
+        std::size_t key = 0;
+        for (const char c : text)
+            key = key << 4 | symbols[static_cast<unsigned char>(c)];
+        if (known[key] == unknown)
+            known[key] = test_all(line);
+        return known[key];
     }
 
 private:
-    struct Known {
-        std::uint64_t key = 0; // no line has this one, for a line holds at least its LF
-        Codes codes = 0;
-    };
+    static constexpr std::size_t longest_known = 4;
+    static constexpr Codes unknown = ~Codes{0};
 
     Codes test_all(std::string_view line) const
     {
@@ -136,8 +138,8 @@ private:
     }
 
     Test denotes;
-    std::array<bool, 256> in_a_code{};
-    std::array<Known, 256> cache{};
+    std::array<std::uint8_t, 256> symbols{}; // four bits for each character of a code, from 1
+    std::vector<Codes> known = std::vector<Codes>(std::size_t{1} << (4 * longest_known), unknown);
 };
 
 struct CloseFile {
@@ -168,7 +170,7 @@ DXFL_Processing::DXFL_Processing(std::string file_name, std::list<DraftEntity*>&
         file_status = -1;
     else if ((facts.st_mode & S_IFDIR) != 0)
         file_status = 1;
-    else if (!read_file(std::move(file_name), drentity_lst))
+    else if (!S_ISREG(facts.st_mode) || !read_file(std::move(file_name), drentity_lst))
         file_status = 2;
 }
 
@@ -222,9 +224,9 @@ bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& 
         if (cur_drentity == nullptr)
             continue;
         if ((code & code_5) != 0)
-            cur_drentity->set_str_id(text_of(line));
+            cur_drentity->set_str_id(std::string(text_of(line)));
         if ((code & code_8) != 0)
-            cur_drentity->set_layer_str_id(text_of(line));
+            cur_drentity->set_layer_str_id(std::string(text_of(line)));
         if ((code & coordinate_codes) != 0) {
             const double value = to_number(line);
             for (std::size_t i = 0; i < coordinate_groups.size(); ++i)

@@ -3,6 +3,7 @@
 #include "QGLEditor.h"
 
 #include "GLObject.h"
+#include "Lighting.h"
 
 #include <GL/glu.h>
 
@@ -149,31 +150,7 @@ QString QGLEditor::version_of_OpenGL() const
 void QGLEditor::initializeGL()
 {
     qglClearColor(Qt::darkGray);
-    glDisable(GL_CULL_FACE);
-
-    // One light behind the viewer and one before, both at infinity. The first view of the process sets the
-    // distance for all later ones; without a direction, a fourth component of 0, only its sign matters.
-    static const auto distance = static_cast<GLfloat>(10.0 * drw_limit);
-    static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
-    static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
-    const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
-    const GLfloat diffuse[] = {1.0F, 1.0F, 1.0F, 1.0F};
-    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
-    glLightfv(GL_LIGHT0, GL_POSITION, position0);
-    glLightfv(GL_LIGHT1, GL_AMBIENT, ambient);
-    glLightfv(GL_LIGHT1, GL_DIFFUSE, diffuse);
-    glLightfv(GL_LIGHT1, GL_POSITION, position1);
-
-    const GLfloat lmodelAmbient[] = {0.2F, 0.2F, 0.2F, 1.0F};
-    const GLfloat localView[] = {0.0F};
-    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, lmodelAmbient);
-    glLightModelfv(GL_LIGHT_MODEL_LOCAL_VIEWER, localView);
-
-    glFrontFace(GL_CW);
-    for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
-        glEnable(capability);
-    glDepthFunc(GL_LESS);
+    set_up_lighting(drw_limit);
 }
 
 void QGLEditor::resizeGL(int wwidth, int wheight)

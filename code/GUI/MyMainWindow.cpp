@@ -11,12 +11,53 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalMapper>
 #include <QStatusBar>
 #include <QToolBar>
 
+#include <algorithm>
+#include <new>
+
+#include <sys/mman.h>
+
 #include "File/MyGlMDIChild.h"
+
+namespace
+{
+
+constexpr std::size_t memory_for_context = std::size_t{512} * 1024 * 1024;
+constexpr std::size_t memory_for_painting = std::size_t{128} * 1024 * 1024;
+
+/// Throws std::bad_alloc unless this much memory is left. OpenGL drivers crash where they run out of it.
+void require_memory(std::size_t size)
+{
+    void* probe = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (probe == MAP_FAILED)
+        throw std::bad_alloc();
+    ::munmap(probe, size);
+}
+
+/// Whether a stored value is a size that an X11 window can have.
+bool is_size_of_window(const QVariant& value)
+{
+    constexpr int largest = 32767; // the X protocol's coordinates have 16 bits, one of them the sign
+    const QSize size = value.toSize();
+    return value.type() == QVariant::Size && size.width() > 0 && size.height() > 0 && size.width() <= largest &&
+           size.height() <= largest;
+}
+
+/// Whether a stored value is a position at which some part of a window of this size is on a screen.
+bool is_on_a_screen(const QVariant& value, const QSize& size)
+{
+    const QRect window(value.toPoint(), size);
+    const auto shows = [&](const QScreen* screen) { return screen->geometry().intersects(window); };
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    return value.type() == QVariant::Point && std::any_of(screens.begin(), screens.end(), shows);
+}
+
+} // namespace
 
 MyMainWindow::MyMainWindow() : mdiArea(new QMdiArea), windowMapper(new QSignalMapper(this))
 {
@@ -226,7 +267,10 @@ MyGlMDIChild* MyMainWindow::activeMyGlMDIChild() const
 
 MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
 {
+    require_memory(memory_for_context);
     auto* child = new MyGlMDIChild(this);
+    if (!child->isValid())
+        qWarning("Tolmera: this display offers no OpenGL; drawings cannot be shown on it.");
     mdiArea->addSubWindow(child);
     return child;
 }
@@ -250,6 +294,7 @@ void MyMainWindow::open_dxf()
     MyGlMDIChild* child = createMyGlMDIChild();
     if (child->loadFile(fileName)) {
         statusBar()->showMessage(tr("File loaded"), 2000);
+        require_memory(memory_for_painting);
         child->show();
         if (ogl_version.isEmpty())
             ogl_version = child->version_of_OpenGL();
@@ -270,6 +315,7 @@ bool MyMainWindow::open_dxf(QString fileName)
     MyGlMDIChild* child = createMyGlMDIChild();
     const bool ret_val = child->loadFile(fileName);
     if (ret_val) {
+        require_memory(memory_for_painting);
         child->show();
         current_dxf_file_dir = child->tell_file_path();
     } else {
@@ -364,8 +410,10 @@ void MyMainWindow::switchLayoutDirection()
 void MyMainWindow::readSettings()
 {
     const QSettings settings("Lastrove", "Tolmera");
-    const QPoint pos = settings.value("pos", QPoint(200, 200)).toPoint();
-    const QSize size = settings.value("size", QSize(400, 400)).toSize();
+    const QVariant stored_size = settings.value("size");
+    const QSize size = is_size_of_window(stored_size) ? stored_size.toSize() : QSize(400, 400);
+    const QVariant stored_pos = settings.value("pos");
+    const QPoint pos = is_on_a_screen(stored_pos, size) ? stored_pos.toPoint() : QPoint(200, 200);
     move(pos);
     resize(size);
 }

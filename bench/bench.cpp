@@ -1,0 +1,309 @@
+// The benchmark: every figure beside what it is compared with, measured in turn in one run, as one table of medians.
+// The inputs, the programs to start and the display are left to script/bench.
+
+#include "Drawing/DXFL_Processing.h"
+#include "bare.h"
+#include "peers.h"
+#include "program.h"
+#include "table.h"
+#include "view.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <malloc.h>
+
+namespace
+{
+
+/// Something to measure; it returns the seconds that it took, without what it does before and after.
+struct Work {
+    std::string name;
+    std::function<double()> run;
+};
+
+class MedianReporter : public benchmark::BenchmarkReporter
+{
+public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs)
+            if (run.aggregate_name == "median")
+                seconds[run.run_name.function_name] = run.GetAdjustedRealTime();
+    }
+
+    std::map<std::string, double> seconds;
+};
+
+/// Runs all works `rounds` times, in shuffled order, and returns the median of each in seconds.
+std::map<std::string, double> measure(int rounds, const std::vector<Work>& works)
+{
+    for (const Work& work : works)
+        benchmark::RegisterBenchmark(work.name.c_str(),
+                                     [&work](benchmark::State& state) {
+                                         for ([[maybe_unused]] auto step : state)
+                                             state.SetIterationTime(work.run());
+                                     })
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Repetitions(rounds)
+            ->Unit(benchmark::kSecond);
+    MedianReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter, "all");
+    benchmark::ClearRegisteredBenchmarks();
+    return reporter.seconds;
+}
+
+/// Entities that are read and given back, together with the memory that the allocator would keep.
+struct Entities {
+    Entities() = default;
+    ~Entities()
+    {
+        for (const DraftEntity* entity : list)
+            delete entity;
+        list.clear();
+        malloc_trim(0);
+    }
+    Entities(const Entities&) = delete;
+    Entities& operator=(const Entities&) = delete;
+
+    std::list<DraftEntity*> list;
+};
+
+double read(const std::string& file)
+{
+    Entities entities;
+    return seconds_of([&] { const DXFL_Processing reader(file, entities.list); });
+}
+
+double read_barely(const std::string& file)
+{
+    return seconds_of([&] {
+        std::FILE* stream = std::fopen(file.c_str(), "r");
+        int last = 0;
+        for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream))
+            last = c;
+        benchmark::DoNotOptimize(last);
+        std::fclose(stream);
+    });
+}
+
+double load(const std::string& file)
+{
+    const double seconds = [&] {
+        View view;
+        return seconds_of([&] { view.loadFile(QString::fromStdString(file)); });
+    }();
+    malloc_trim(0);
+    return seconds;
+}
+
+/// What the benchmark works with, from its command line.
+struct Setting {
+    std::string folder;
+    unsigned long quantity;
+    std::string tolmera;
+    std::string first_swap;
+    std::string f3d; // empty where it is not installed
+
+    std::string file(const char* kind, unsigned long number) const
+    {
+        return folder + "/" + kind + "-" + std::to_string(number) + ".dxf";
+    }
+};
+
+/// Measured before the process has a second thread, which would make every fgetc and every allocation dearer.
+void measure_reading(const Setting& setting, Table& table)
+{
+    const std::string faces = setting.file("faces", setting.quantity);
+    const std::string lines = setting.file("lines", setting.quantity);
+    const std::string points = setting.file("points", setting.quantity);
+    Entities entities;
+    const DXFL_Processing reader(faces, entities.list);
+    std::vector<Work> works = {
+        {"fgetc", [&] { return read_barely(faces); }},
+        {"read", [&] { return read(faces); }},
+        {"extents", [&] {
+            DRVect3d min;
+            DRVect3d max;
+            double limit = 0.0;
+            return seconds_of([&] { reader.get_boundary(entities.list, min, max, limit); });
+        }},
+        {"fgetc lines", [&] { return read_barely(lines); }},
+        {"read lines", [&] { return read(lines); }},
+        {"fgetc points", [&] { return read_barely(points); }},
+        {"read points", [&] { return read(points); }},
+    };
+    for (const Peer& peer : peers()) {
+        if (peer.read == nullptr)
+            std::fprintf(stderr, "%s is not installed: skipped\n", peer.name);
+        else
+            works.push_back({peer.name, [&faces, &peer] { return seconds_of([&] { peer.read(faces.c_str()); }); }});
+    }
+    std::map<std::string, double> seconds = measure(5, works);
+
+    const std::string input = number(setting.quantity) + " faces";
+    table.add({"read", input, time(seconds["read"]), "bare fgetc pass", time(seconds["fgetc"])},
+              seconds["read"] / seconds["fgetc"], Target{2.3});
+    for (const Peer& peer : peers())
+        if (peer.read != nullptr)
+            table.add({"read", input, time(seconds["read"]), peer.name, time(seconds[peer.name])},
+                      seconds["read"] / seconds[peer.name], Target{peer.most});
+    for (const std::string kind : {"lines", "points"})
+        table.add({"read", number(setting.quantity) + " " + kind, time(seconds["read " + kind]), "bare fgetc pass",
+                   time(seconds["fgetc " + kind])},
+                  seconds["read " + kind] / seconds["fgetc " + kind], Target{2.3});
+    table.add({"extents", input, time(seconds["extents"]), "read", time(seconds["read"])},
+              seconds["extents"] / seconds["read"], Target{0.03});
+}
+
+void measure_loading(const Setting& setting, Table& table)
+{
+    const std::string faces = setting.file("faces", setting.quantity);
+    std::map<std::string, double> seconds =
+        measure(9, {{"read", [&] { return read(faces); }}, {"load", [&] { return load(faces); }}});
+    const double rest = seconds["load"] - seconds["read"];
+    table.add({"load without the read", number(setting.quantity) + " faces", time(rest), "read", time(seconds["read"])},
+              rest / seconds["read"], Target{0.35});
+}
+
+struct Repaint {
+    const char* figure;
+    const char* kind;
+    GLObject::DRendering mode;
+    void (*draw_bare)(const std::vector<BareEntity>& entities);
+};
+
+constexpr Repaint repaints[] = {
+    {"repaint, wireframe", "faces", GLObject::WIREFRAME, draw_bare_wireframe},
+    {"repaint, solid", "faces", GLObject::SOLID, draw_bare_solid},
+    {"repaint", "lines", GLObject::WIREFRAME, draw_bare_lines},
+    {"repaint", "points", GLObject::WIREFRAME, draw_bare_points},
+};
+
+void measure_repaints(const Setting& setting, Table& table)
+{
+    for (const Repaint& repaint : repaints) {
+        const std::string file = setting.file(repaint.kind, setting.quantity);
+        const std::vector<BareEntity> entities = read_bare_entities(file);
+        View view(file);
+        view.render(repaint.mode);
+        std::map<std::string, double> seconds =
+            measure(9, {{"repaint", [&] { return view.repaint_seconds(); }},
+                        {"bare", [&] { return view.bare_repaint_seconds([&] { repaint.draw_bare(entities); }); }}});
+        table.add({repaint.figure, number(setting.quantity) + " " + repaint.kind, time(seconds["repaint"]),
+                   "bare loop of the same calls", time(seconds["bare"])},
+                  seconds["repaint"] / seconds["bare"], Target{1.12});
+    }
+}
+
+void measure_pick(const Setting& setting, Table& table)
+{
+    const unsigned long quantity = std::max(setting.quantity / 10, 1UL);
+    const std::string file = setting.file("faces", quantity);
+    const std::vector<BareEntity> entities = read_bare_entities(file);
+    View view(file);
+    view.repaint_seconds();
+    std::map<std::string, double> seconds =
+        measure(15, {{"pick", [&] { return view.pick_seconds(); }},
+                     {"bare", [&] { return view.bare_pick_seconds([&] { draw_bare_wireframe(entities); }); }}});
+    table.add({"pick", number(quantity) + " faces", time(seconds["pick"]), "bare selection pass", time(seconds["bare"])},
+              seconds["pick"] / seconds["bare"], {});
+}
+
+/// The cost of each face in a drawing, in one a tenth and in one a hundredth its size.
+void measure_growth(const Setting& setting, Table& table)
+{
+    const std::vector<unsigned long> quantities = {setting.quantity / 100, setting.quantity / 10, setting.quantity};
+    std::vector<std::unique_ptr<View>> views;
+    std::vector<Work> works;
+    for (const unsigned long quantity : quantities) {
+        const std::string file = setting.file("faces", quantity);
+        views.push_back(std::make_unique<View>(file));
+        const std::string suffix = " " + std::to_string(quantity);
+        works.push_back({"read" + suffix, [file] { return read(file); }});
+        works.push_back({"load" + suffix, [file] { return load(file); }});
+        works.push_back({"repaint" + suffix, [view = views.back().get()] { return view->repaint_seconds(); }});
+        works.push_back({"pick" + suffix, [view = views.back().get()] { return view->pick_seconds(); }});
+    }
+    std::map<std::string, double> seconds = measure(9, works);
+    for (const std::string figure : {"read", "load", "repaint", "pick"}) {
+        const auto each = [&](unsigned long quantity) {
+            return seconds[figure + " " + std::to_string(quantity)] / static_cast<double>(quantity);
+        };
+        table.add({"growth of " + figure, number(quantities[2]) + " faces", time(each(quantities[2])) + " a face",
+                   number(quantities[1]) + " and " + number(quantities[0]) + " faces",
+                   time(each(quantities[1])) + " and " + time(each(quantities[0]))},
+                  each(quantities[2]) / each(quantities[0]), Target{1.2});
+    }
+}
+
+void measure_first_picture(const Setting& setting, Table& table)
+{
+    const std::string faces = setting.file("faces", setting.quantity);
+    double peak = 0.0;
+    double f3d_peak = 0.0;
+    const auto shown = [&](const std::vector<std::string>& command, double& largest_peak) {
+        const FirstPicture picture = show_first_picture(command, setting.first_swap);
+        largest_peak = std::max(largest_peak, picture.peak_bytes);
+        return picture.seconds;
+    };
+    std::vector<Work> works = {{"tolmera", [&] { return shown({setting.tolmera, faces}, peak); }}};
+    // F3D's view is as large as that of a drawing's window, and no configuration file changes how it looks.
+    if (setting.f3d.empty())
+        std::fputs("F3D is not installed: skipped\n", stderr);
+    else
+        works.push_back({"f3d", [&] {
+                             return shown({setting.f3d, "--dry-run", "--resolution=400,500", faces}, f3d_peak);
+                         }});
+    std::map<std::string, double> seconds = measure(5, works);
+
+    const std::string input = number(setting.quantity) + " faces";
+    const std::string each = ", " + number(static_cast<unsigned long>(peak) / setting.quantity) + " bytes a face";
+    if (setting.f3d.empty()) {
+        table.add({"first picture", input, time(seconds["tolmera"]), "", ""}, {}, {});
+        table.add({"peak memory", input, memory(peak) + each, "", ""}, {}, {});
+        return;
+    }
+    table.add({"first picture", input, time(seconds["tolmera"]), "F3D", time(seconds["f3d"])},
+              seconds["tolmera"] / seconds["f3d"], Target{0.75});
+    table.add({"peak memory", input, memory(peak) + each, "F3D", memory(f3d_peak)}, peak / f3d_peak, Target{0.62});
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 6) {
+        std::fputs("usage: tolmera_bench FOLDER QUANTITY TOLMERA FIRST_SWAP F3D\n", stderr);
+        return 2;
+    }
+    const Setting setting = {argv[1], std::strtoul(argv[2], nullptr, 10), argv[3], argv[4], argv[5]};
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    char* options[] = {argv[0], interleave.data(), nullptr};
+    int option_quantity = 2;
+    benchmark::Initialize(&option_quantity, options);
+
+    Table table;
+    measure_reading(setting, table);
+    const QApplication app(argc, argv);
+    measure_loading(setting, table);
+    measure_repaints(setting, table);
+    measure_pick(setting, table);
+    measure_growth(setting, table);
+    measure_first_picture(setting, table);
+    return table.print() ? 0 : 1;
+}

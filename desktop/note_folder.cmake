@@ -1,0 +1,10 @@
+# Notes `folder` and those above it that do not exist, before installing makes them, in the file `noted_folders`.
+if(IS_ABSOLUTE "${folder}")
+  set(path "$ENV{DESTDIR}${folder}")
+else()
+  set(path "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${folder}")
+endif()
+while(NOT IS_DIRECTORY "${path}")
+  file(APPEND "${noted_folders}" "${path}\n")
+  get_filename_component(path "${path}" DIRECTORY)
+endwhile()
