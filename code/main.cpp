@@ -10,7 +10,6 @@
 #include <QPixmap>
 #include <QSplashScreen>
 
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -44,12 +43,13 @@ namespace
     std::abort();
 }
 
-/// Tells what Qt says on standard error. A fatal message, of a display that cannot be reached, ends the program with
-/// an exit code, where Qt would leave a core dump.
+QtMessageHandler qt_tell = nullptr;
+
+/// A fatal message of Qt, as of a display that cannot be reached, ends the program with an exit code, where Qt would
+/// leave a core dump.
 void tell(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    const QByteArray text = qFormatLogMessage(type, context, message).toLocal8Bit() + '\n';
-    std::fputs(text.constData(), stderr);
+    qt_tell(type, context, message);
     if (type == QtFatalMsg)
         ::_exit(EXIT_FAILURE);
 }
@@ -79,7 +79,7 @@ int main(int argc, char** argv)
 {
     std::set_new_handler(end_without_memory);
     std::set_terminate(end_by_exception);
-    qInstallMessageHandler(tell);
+    qt_tell = qInstallMessageHandler(tell);
 
     Q_INIT_RESOURCE(Tolmera);
     QApplication app(argc, argv);
@@ -104,5 +104,7 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
+    if (!mainWin.isVisible()) // closed while the splash screen went, so no last window is left to end the loop
+        QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();
 }

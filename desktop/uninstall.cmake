@@ -1,4 +1,7 @@
 # Removes the files of the installation's `manifest`, and the `noted_folders` that nothing else has come to use.
+if(NOT EXISTS "${manifest}")
+  message(FATAL_ERROR "Nothing has been installed from this folder.")
+endif()
 file(STRINGS "${manifest}" files)
 foreach(file IN LISTS files)
   file(REMOVE "$ENV{DESTDIR}${file}")

@@ -42,13 +42,16 @@ OffscreenContext::OffscreenContext(int size) : my_display(screenless_display())
     if (eglInitialize(my_display, nullptr, nullptr) == EGL_FALSE || eglBindAPI(EGL_OPENGL_API) == EGL_FALSE)
         return;
 
-    const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT,
-                             EGL_RED_SIZE,     8,               EGL_GREEN_SIZE,      8,
-                             EGL_BLUE_SIZE,    8,               EGL_DEPTH_SIZE,      24,
-                             EGL_NONE};
+    const EGLint wanted[][2] = {{EGL_SURFACE_TYPE, EGL_PBUFFER_BIT},
+                                {EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT},
+                                {EGL_RED_SIZE, 8},
+                                {EGL_GREEN_SIZE, 8},
+                                {EGL_BLUE_SIZE, 8},
+                                {EGL_DEPTH_SIZE, 24},
+                                {EGL_NONE, EGL_NONE}};
     EGLConfig config = nullptr;
     EGLint quantity = 0;
-    if (eglChooseConfig(my_display, wanted, &config, 1, &quantity) == EGL_FALSE || quantity == 0)
+    if (eglChooseConfig(my_display, *wanted, &config, 1, &quantity) == EGL_FALSE || quantity == 0)
         return;
 
     // The display releases its surfaces and contexts, so neither is destroyed by itself.

@@ -36,7 +36,7 @@ constexpr rlim_t drawing_memory = rlim_t{1280} << 20;
 
 constexpr const char* usage = "usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, SIZE from 1 to 1024 pixels";
 constexpr const char* too_much_time = "the drawing is too large: it cannot be drawn within 8 seconds";
-constexpr const char* too_much_memory = "the drawing is too large: it takes more than 768 MiB of memory";
+constexpr const char* too_much_memory = "the drawing is too large: it does not fit into 768 MiB of memory";
 constexpr const char* too_much_text = "the file is too large: it holds more than 256 MiB";
 
 /// The entities of a drawing, which it owns.
@@ -124,7 +124,10 @@ void write_picture(const QImage& picture, const std::string& file)
     std::memcpy(unfinished_file, beside.c_str(), beside.size() + 1);
     const int descriptor = ::mkstemp(unfinished_file);
     if (descriptor < 0 || ::write(descriptor, png.constData(), static_cast<size_t>(png.size())) != png.size() ||
-        ::close(descriptor) != 0 || ::rename(unfinished_file, file.c_str()) != 0)
+        ::close(descriptor) != 0)
+        fail("the picture cannot be written");
+    ::alarm(0); // who has the picture is not told of a failure
+    if (::rename(unfinished_file, file.c_str()) != 0)
         fail("the picture cannot be written");
 }
 
