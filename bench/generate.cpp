@@ -44,7 +44,8 @@ void write_drawing(std::FILE* file, const Kind& kind, unsigned long quantity)
                      first_handle + i, kind.marker);
         for (int corner = 0; corner < kind.corners; ++corner) {
             const auto column = static_cast<double>(i % columns) + corner_columns[corner];
-            const auto row = static_cast<double>(i / columns) + corner_rows[corner];
+            const unsigned long full_rows = i / columns;
+            const auto row = static_cast<double>(full_rows) + corner_rows[corner];
             write_corner(file, corner, step * column - extent / 2, step * row - extent / 2);
         }
     }

@@ -48,7 +48,6 @@ constexpr decltype(Peer::read) read_with_assimp = nullptr;
 
 const std::vector<Peer>& peers()
 {
-    static const std::vector<Peer> all = {{"dxflib", 1 / 9.0, read_with_dxflib},
-                                          {"Assimp", 1 / 1.9, read_with_assimp}};
+    static const std::vector<Peer> all = {{"dxflib", 1 / 9.0, read_with_dxflib}, {"Assimp", 1 / 1.9, read_with_assimp}};
     return all;
 }

@@ -31,6 +31,7 @@ double peak_of(pid_t process)
 FirstPicture show_first_picture(std::vector<std::string> command, const std::string& first_swap)
 {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& argument : command)
         arguments.push_back(argument.data());
     arguments.push_back(nullptr);

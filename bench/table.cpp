@@ -50,7 +50,10 @@ void Table::add(const Comparison& comparison, std::optional<double> ratio, Targe
     my_targets_hold = my_targets_hold && holds;
     my_rows.push_back({comparison.figure, comparison.input, comparison.measured, comparison.compared_with,
                        comparison.its_measured, ratio ? rounded(*ratio, "%.3f") : "",
-                       target ? rounded(*target, "≤ %.3g") : "", !target ? "" : holds ? "ok" : "MISSED"});
+                       target ? rounded(*target, "≤ %.3g") : "",
+                       !target ? ""
+                       : holds ? "ok"
+                               : "MISSED"});
 }
 
 bool Table::print() const

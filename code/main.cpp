@@ -24,12 +24,12 @@ namespace
 /// Leaves at once, without a destructor: there is no memory to run them with, and no setting is written half.
 [[noreturn]] void end_without_memory()
 {
-    constexpr std::string_view text = "Tolmera: out of memory; the drawing is too large for it.\n";
+    constexpr std::string_view text = "Tolmera: out of memory\n";
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     ::_exit(EXIT_FAILURE);
 }
 
-/// Qt throws std::bad_alloc where its own allocations fail, past the handler of operator new.
+/// Nobody catches the std::bad_alloc that operator new and Qt throw where memory is out.
 [[noreturn]] void end_by_exception()
 {
     try {
@@ -45,8 +45,8 @@ namespace
 
 QtMessageHandler qt_tell = nullptr;
 
-/// A fatal message of Qt, as of a display that cannot be reached, ends the program with an exit code, where Qt would
-/// leave a core dump.
+/// A fatal message, such as Qt's of a display that cannot be reached, ends the program with an exit code, where Qt
+/// would leave a core dump.
 void tell(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     qt_tell(type, context, message);
@@ -77,11 +77,10 @@ bool check_file(MyMainWindow& mainWin, const QString& name)
 
 int main(int argc, char** argv)
 {
-    std::set_new_handler(end_without_memory);
+    Q_INIT_RESOURCE(Tolmera);
     std::set_terminate(end_by_exception);
     qt_tell = qInstallMessageHandler(tell);
 
-    Q_INIT_RESOURCE(Tolmera);
     QApplication app(argc, argv);
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
 
@@ -89,13 +88,15 @@ int main(int argc, char** argv)
     mysplash->setPixmap(QPixmap(":/images/mysplash.png"));
     mysplash->show();
     const Qt::Alignment mysplash_msg_alignment = Qt::AlignCenter | Qt::AlignBottom;
-    mysplash->showMessage(QObject::tr("Setting up the main window..."), mysplash_msg_alignment, Qt::black);
+    mysplash->showMessage(QObject::tr("Setting up the main window..."), static_cast<int>(mysplash_msg_alignment),
+                          Qt::black);
 
     MyMainWindow mainWin;
     if (argc > 1) {
         const QString name(argv[1]);
         if (check_file(mainWin, name)) {
-            mysplash->showMessage(QObject::tr("Loading dxf-file..."), mysplash_msg_alignment, Qt::black);
+            mysplash->showMessage(QObject::tr("Loading dxf-file..."), static_cast<int>(mysplash_msg_alignment),
+                                  Qt::black);
             mainWin.open_dxf(name);
         }
     }

@@ -1,11 +1,10 @@
-// libFuzzer target: the whole road of a file, from its name through loadFile to a repaint in every rendering, a pick
-// and the extents as the information box prints them. Needs an X display with OpenGL.
+// libFuzzer target: the whole road of a file, from its name through loadFile to a repaint in every rendering. Needs an
+// X display with OpenGL.
 
 #include "memory_file.h"
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QMouseEvent>
 
 #include "GL/GLObject.h"
 #include "GUI/File/MyGlMDIChild.h"
@@ -36,13 +35,6 @@ void repaint_in_every_rendering(MyGlMDIChild& drawing)
     }
 }
 
-void pick_in_the_middle(MyGlMDIChild& drawing)
-{
-    QMouseEvent event(QEvent::MouseButtonDblClick, drawing.rect().center(), Qt::LeftButton, Qt::LeftButton,
-                      Qt::NoModifier);
-    QApplication::sendEvent(&drawing, &event);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
@@ -63,6 +55,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     drawing.resize(64, 48);
     drawing.show();
     repaint_in_every_rendering(drawing);
-    pick_in_the_middle(drawing);
     return 0;
 }

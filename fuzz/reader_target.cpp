@@ -42,9 +42,9 @@ void check_entity(const DraftEntity& entity, const ReferenceEntity& wanted)
     require(entity.points() == wanted.points, "an entity has its type's points");
     require(entity.get_str_id() == wanted.handle, "the handle is the line without its end");
     require(entity.get_layer_str_id() == wanted.layer, "the layer is the line without its end");
-    for (unsigned int i = 0; i < wanted.points; ++i) {
+    for (std::size_t i = 0; i < wanted.points; ++i) {
         DRVect3d point;
-        entity.get_point(point, i);
+        entity.get_point(point, static_cast<unsigned int>(i));
         require(same(point.x(), wanted.coordinates[3 * i]), "x as the file gives it");
         require(same(point.y(), wanted.coordinates[3 * i + 1]), "y as the file gives it");
         require(same(point.z(), wanted.coordinates[3 * i + 2]), "z as the file gives it");

@@ -146,6 +146,10 @@ private slots:
         QTRY_COMPARE(window.enabled(other), other);
         window.area()->setActiveSubWindow(window.area()->subWindowList().first());
         QCOMPARE(window.enabled(rendering), QString("Point rendering|Wireframe rendering"));
+        for (const Qt::LayoutDirection direction : {Qt::RightToLeft, Qt::LeftToRight}) {
+            window.command("Switch layout direction")->trigger();
+            QCOMPARE(QApplication::layoutDirection(), direction);
+        }
         window.command("Close All")->trigger();
         QTRY_COMPARE(window.enabled(other + "|" + rendering), without_drawing);
     }
@@ -171,13 +175,14 @@ private slots:
         open(drawing("sub/Häuser.dxf"));
         QCOMPARE(window.statusBar()->currentMessage(), QString("File loaded"));
         QVERIFY(window.ogl_version.startsWith("v.") && window.ogl_version != "v.unknown, ");
-        const QString loaded_from = QFileInfo(choice).canonicalPath();
-        QCOMPARE(window.current_dxf_file_dir, loaded_from);
-        window.drawing(0)->parentWidget()->showMaximized();
+        QCOMPARE(window.current_dxf_file_dir, QFileInfo(choice).canonicalPath());
+        QVERIFY(window.open_dxf(drawing("b.dxf")));
+        window.drawing(1)->parentWidget()->showMaximized();
 
         // A FIFO cannot be read as a drawing: two boxes, and nothing is left of its window.
+        const QString loaded_from = window.current_dxf_file_dir;
         const QString fifo = folder().filePath("fifo.dxf"), title = window.windowTitle();
-        QVERIFY(mkfifo(QFile::encodeName(fifo), 0600) == 0 && title.contains("Häuser.dxf"));
+        QVERIFY(mkfifo(QFile::encodeName(fifo), 0600) == 0 && title.contains("b.dxf"));
         open(fifo);
         QCOMPARE(dialog_facts, title + " : Open File|" + loaded_from + "|Drawings ( *.dxf )|All files ( *.* )");
         QCOMPARE(reader.boxes.mid(1),
@@ -185,7 +190,8 @@ private slots:
         QVERIFY(reader.boxes[0].startsWith("Warning |<br />"));
         QVERIFY(window.statusBar()->currentMessage() == "Loading DXF file..." &&
                 window.current_dxf_file_dir == loaded_from);
-        QVERIFY(window.area()->subWindowList().size() == 1 && window.findChildren<MyGlMDIChild*>().size() == 1);
+        QVERIFY(window.area()->subWindowList().size() == 2 && window.findChildren<MyGlMDIChild*>().size() == 2);
+        QCOMPARE(window.windowTitle(), title); // the active drawing is the one that was
     }
 
     void window_menu_lists_the_drawings()
@@ -208,6 +214,8 @@ private slots:
         QMetaObject::invokeMethod(menu, "aboutToShow");
         QCOMPARE(told(menu), QString(expected).replace("|&3 3", "|x &3 3"));
         QCOMPARE(window.findChildren<QObject*>().size(), children);
+        delete window.area()->subWindowList().at(1);
+        menu->actions().at(9 + 1)->trigger(); // an entry whose window is gone does nothing
     }
 
     void position_and_size_are_kept()
@@ -230,15 +238,6 @@ private slots:
             settings.sync();
             QCOMPARE(settings.value("pos").toPoint(), moved_to);
             QVERIFY(settings.value("size") == QSize(600, 500) && settings.allKeys().size() == 2);
-        }
-    }
-
-    void layout_direction_switches()
-    {
-        const Main window;
-        for (const Qt::LayoutDirection direction : {Qt::RightToLeft, Qt::LeftToRight}) {
-            window.command("Switch layout direction")->trigger();
-            QCOMPARE(QApplication::layoutDirection(), direction);
         }
     }
 };

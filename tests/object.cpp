@@ -71,14 +71,6 @@ private slots:
             QCOMPARE(calls, expected.replace("|D", "|vertex 1 5 6"));
         }
     }
-
-    void marks()
-    {
-        GLObject object(nullptr);
-        QVERIFY(object.mark() == 0 && object.check_mark(0) && !object.check_any_mark(0));
-        QVERIFY(object.set_mark(5) && object.check_any_mark(6) && !object.check_mark(6));
-        QVERIFY(object.del_mark(6) && object.mark() == 1 && object.del_mark(2) && object.check_mark(selected));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestObject)

@@ -1,5 +1,6 @@
-// What the reader finds in a file: against examples, and against the reading steps written out plainly.
+// What the reader finds in a file: against examples, and against the reader's rules in their plainest form.
 
+#include "../fuzz/reference_reader.h"
 #include "helper.h"
 
 #include <clocale>
@@ -7,74 +8,6 @@
 
 namespace
 {
-
-/// An entity as the plain steps read it.
-struct Plain {
-    DraftEntity::EntityType type;
-    std::string handle, layer;
-    double coordinates[12];
-};
-
-double number(const std::string& line)
-{
-    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-    return strtod_l(line.c_str(), nullptr, c);
-}
-
-bool has(const std::string& line, const std::string& word) { return line.find(word) != std::string::npos; }
-
-bool denotes(const std::string& line, const std::string& code)
-{
-    return line.find_first_not_of("012358 \r\n\t") == std::string::npos &&
-           (has(line, ' ' + code) || has(line, '\t' + code) || (has(line, code) && number(line) == number(code)));
-}
-
-std::string without_end(std::string line)
-{
-    line.pop_back();
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    return line;
-}
-
-/// Line by line and test by test, with no thought for speed.
-std::vector<Plain> read_plainly(const QByteArray& bytes)
-{
-    const char* const codes[] = {"10", "20", "30", "11", "21", "31", "12", "22", "32", "13", "23", "33"};
-    const std::pair<const char*, unsigned int> starts[] = {{"POINT", 7}, {"LINE", 63}, {"3DFACE", 4095}};
-    std::vector<Plain> found;
-    bool in_section = false, open = false;
-    unsigned int needed = 0, seen = 0;
-    std::string previous, line;
-    for (const char c : bytes) {
-        line += c;
-        if (c != '\n') continue;
-        if (!in_section) {
-            in_section = has(line, "ENTITIES") && denotes(previous, "2");
-        } else {
-            if (has(line, "ENDSEC") && denotes(previous, "0")) return found;
-            const bool may_start = !open && denotes(previous, "0");
-            for (int type = 0; may_start && type < 3; ++type)
-                if (has(line, starts[type].first)) {
-                    found.push_back({static_cast<DraftEntity::EntityType>(type), "", "", {}});
-                    open = true;
-                    needed = starts[type].second;
-                    seen = 0;
-                }
-            if (open && denotes(previous, "5")) found.back().handle = without_end(line);
-            if (open && denotes(previous, "8")) found.back().layer = without_end(line);
-            for (int i = 0; open && i < 12; ++i)
-                if (denotes(previous, codes[i])) {
-                    found.back().coordinates[i] = number(line);
-                    seen |= 1U << i;
-                }
-            const bool ends = denotes(line, "0") && !denotes(previous, "8") && !denotes(previous, "5");
-            open = open && seen != needed && !ends;
-        }
-        previous = line;
-        line.clear();
-    }
-    return found;
-}
 
 /// A file that is almost a drawing.
 QByteArray random_file(QRandomGenerator& random)
@@ -139,28 +72,27 @@ private slots:
         }
     }
 
-    void agrees_with_the_plain_steps()
+    void agrees_with_the_plain_rules()
     {
         QRandomGenerator random(2718);
-        int quantity = 0;
-        for (const char* locale : {"C", "de_DE.UTF-8"}) {
-            QVERIFY2(std::setlocale(LC_NUMERIC, locale) != nullptr, locale);
-            for (int file = 0; file < 2000; ++file) {
-                const QByteArray bytes = random_file(random);
-                const Entities entities(write_file("random.dxf", bytes));
-                const std::vector<Plain> expected = read_plainly(bytes);
-                QCOMPARE(entities.list.size(), expected.size());
-                auto plain = expected.begin();
-                for (const DraftEntity* read : entities.list) {
-                    QVERIFY(read->get_type() == plain->type && read->get_str_id() == plain->handle);
-                    QCOMPARE(read->get_layer_str_id(), plain->layer);
-                    double point[3];
-                    for (unsigned int i = 0; read->get_coordinates(point[0], point[1], point[2], i); ++i)
-                        QVERIFY2(std::memcmp(point, plain->coordinates + 3 * i, sizeof point) == 0, bytes.constData());
-                    ++plain;
-                    ++quantity;
-                }
+        std::size_t quantity = 0;
+        for (int file = 0; file < 3000; ++file) {
+            const QByteArray bytes = random_file(random);
+            const std::vector<ReferenceEntity> expected = ReferenceReader::read(bytes.toStdString());
+            QVERIFY(std::setlocale(LC_NUMERIC, file % 2 != 0 ? "C" : "de_DE.UTF-8") != nullptr);
+            const Entities entities(write_file("random.dxf", bytes));
+            std::setlocale(LC_NUMERIC, "C");
+            QCOMPARE(entities.list.size(), expected.size());
+            auto plain = expected.begin();
+            for (const DraftEntity* read : entities.list) {
+                QVERIFY(read->points() == plain->points && read->points() == 1U << read->get_type());
+                QVERIFY(read->get_str_id() == plain->handle && read->get_layer_str_id() == plain->layer);
+                double point[3];
+                for (unsigned int i = 0; read->get_coordinates(point[0], point[1], point[2], i); ++i)
+                    QVERIFY2(std::memcmp(point, &plain->coordinates[3 * i], sizeof point) == 0, bytes.constData());
+                ++plain;
             }
+            quantity += expected.size();
         }
         QVERIFY(quantity > 10000);
     }

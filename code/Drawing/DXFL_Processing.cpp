@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -114,7 +115,7 @@ public:
             return test_all(line);
         std::size_t key = 0;
         for (const char c : text)
-            key = key << 4 | symbols[static_cast<unsigned char>(c)];
+            key = key * key_base + symbols[static_cast<unsigned char>(c)];
         if (known[key] == unknown)
             known[key] = test_all(line);
         return known[key];
@@ -122,6 +123,7 @@ public:
 
 private:
     static constexpr std::size_t longest_known = 4;
+    static constexpr std::size_t key_base = 11; // the code characters, and none
     static constexpr Codes unknown = ~Codes{0};
 
     Codes test_all(std::string_view line) const
@@ -138,8 +140,8 @@ private:
     }
 
     Test denotes;
-    std::array<std::uint8_t, 256> symbols{}; // four bits for each character of a code, from 1
-    std::vector<Codes> known = std::vector<Codes>(std::size_t{1} << (4 * longest_known), unknown);
+    std::array<std::uint8_t, 256> symbols{}; // a number from 1 for each code character
+    std::vector<Codes> known = std::vector<Codes>(key_base * key_base * key_base * key_base, unknown);
 };
 
 struct CloseFile {
@@ -151,7 +153,9 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 /// Opens a regular file, and nothing else: opening a FIFO could wait for ever, and a device may have no end.
 File open_regular(const std::string& file_name)
 {
-    const int descriptor = ::open(file_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    int descriptor = ::open(file_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0 && errno == EWOULDBLOCK) // another process has a lease on the file, and is asked to give it up
+        descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat facts = {};
     if (descriptor >= 0 && ::fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode))
         if (std::FILE* file = ::fdopen(descriptor, "rt"))

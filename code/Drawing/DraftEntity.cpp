@@ -2,6 +2,10 @@
 
 #include "DraftEntity.h"
 
+#include "BlockMemory.h"
+
+#include <new>
+
 namespace
 {
 
@@ -25,13 +29,15 @@ DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type)
     const unsigned int quantity = points_of(cur_type);
     my_points.reserve(quantity);
     for (unsigned int i = 0; i < quantity; ++i)
-        my_points.push_back(new DRVect3d);
+        my_points.push_back(new (BlockMemory::take(sizeof(DRVect3d))) DRVect3d);
 }
 
 DraftEntity::~DraftEntity()
 {
-    for (DRVect3d* point : my_points)
-        delete point;
+    for (DRVect3d* point : my_points) {
+        point->~DRVect3d();
+        BlockMemory::release(point);
+    }
 }
 
 bool DraftEntity::set_coordinate(double cur_val, Coordinate cur_coord, unsigned int cur_point)

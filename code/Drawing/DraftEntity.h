@@ -2,6 +2,7 @@
 // Reading it is left to DXFL_Processing, drawing it to GLObject.
 #pragma once
 
+#include "BlockMemory.h"
 #include "DRVect3d.h"
 
 #include <string>
@@ -24,6 +25,10 @@ public:
     ~DraftEntity();
     DraftEntity(const DraftEntity&) = delete;
     DraftEntity& operator=(const DraftEntity&) = delete;
+
+    /// An entity, its points and its vector of them lie side by side.
+    static void* operator new(std::size_t size) { return BlockMemory::take(size); }
+    static void operator delete(void* entity) { BlockMemory::release(entity); }
 
     /// The handle (DXF group code 5), empty until it is set.
     void set_str_id(std::string some_str) { my_str_id = std::move(some_str); }
@@ -71,6 +76,6 @@ private:
     EntityType my_type;
     std::string my_str_id;
     std::string my_layer_str_id;
-    std::vector<DRVect3d*> my_points; // owned, each one allocated by itself
+    std::vector<DRVect3d*, BlockAllocator<DRVect3d*>> my_points; // owned, each one allocated by itself
     DRVect3d my_normal;
 };

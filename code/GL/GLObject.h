@@ -2,6 +2,7 @@
 // Which objects there are, and when they are drawn, is left to QGLEditor.
 #pragma once
 
+#include "Drawing/BlockMemory.h"
 #include "Drawing/DRVect3d.h"
 #include "Marker.h"
 
@@ -20,7 +21,10 @@ public:
     GLObject(const GLObject&) = delete;
     GLObject& operator=(const GLObject&) = delete;
 
-    /// The object's id within its view, and its selection name in OpenGL: 32 bits, as wide as a GLuint.
+    static void* operator new(std::size_t size) { return BlockMemory::take(size); }
+    static void operator delete(void* object) { BlockMemory::release(object); }
+
+    /// The object's id within its view, and its selection name in OpenGL, which takes the low 32 bits of it.
     unsigned long local_id() const { return my_local_id; }
     unsigned long local_id(unsigned long some_val) { return my_local_id = some_val; }
 

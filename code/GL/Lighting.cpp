@@ -11,7 +11,7 @@ void set_up_lighting(double limit)
     glDisable(GL_CULL_FACE);
 
     // One light behind the viewer and one before, both at infinity. The first view of the process sets the
-    // distance for all later ones; without a direction, a fourth component of 0, only its sign matters.
+    // distance for all later ones; of a light at infinity, a fourth component of 0, only the direction matters.
     static const auto distance = static_cast<GLfloat>(10.0 * limit);
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};

@@ -71,7 +71,7 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
     return (buttons & wanted) == wanted;
 }
 
-/// Takes back the drag cursors whose release never came, because a dialog or the end of the view took it.
+/// Takes back the drag cursors whose release will not come, because another window or the end of the view takes it.
 void drop_stale_drag_cursors()
 {
     for (const QCursor* cursor = QApplication::overrideCursor();
@@ -253,6 +253,13 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
     event->accept();
+}
+
+void QGLEditor::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
+        drop_stale_drag_cursors();
+    QGLWidget::changeEvent(event);
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)

@@ -34,7 +34,8 @@ public:
     DRVect3d drawing_max_point(DRVect3d some_vect) { return drw_max_point = some_vect; }
 
     /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. Set before the
-    /// first show; a later change takes effect at the next resize or pick. At 0 everything in the plane is shown.
+    /// first show; a later change takes effect at the next resize or pick. At 0, which OpenGL refuses, the eye
+    /// units from -1 to 1 fill the widget in both directions.
     double drawing_limit() const { return drw_limit; }
     double drawing_limit(double some_val) { return drw_limit = some_val; }
 
@@ -89,6 +90,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
     void initializeGL() override;
     void resizeGL(int wwidth, int wheight) override;
@@ -100,7 +102,7 @@ protected:
 
     /// Draws the view in selection mode around a widget position, 3 x 3 pixels wide, and returns the number of hit
     /// records in `buffer`, which holds `MaxSize` entries; a buffer that is too small gives a number beyond any real
-    /// one, and holds as many records as fit.
+    /// one, and is filled up.
     unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
 
 private:

@@ -1,4 +1,5 @@
-// The main window's commands: their actions, menus and toolbars, and what each one does to the drawing windows.
+// The main window's commands: their actions, menus and toolbars, what each one does to the drawing windows, and the
+// information boxes.
 
 #include "MyMainWindow.h"
 
@@ -18,6 +19,7 @@
 #include <QToolBar>
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 
 #include <sys/mman.h>
@@ -27,25 +29,48 @@
 namespace
 {
 
-constexpr std::size_t memory_for_context = std::size_t{512} * 1024 * 1024;
-constexpr std::size_t memory_for_painting = std::size_t{128} * 1024 * 1024;
-
-/// Throws std::bad_alloc unless this much memory is left. OpenGL drivers crash where they run out of it.
-void require_memory(std::size_t size)
+/// Address space that is kept back while a drawing is read, as much as there is up to a bound. OpenGL drivers crash
+/// where they run out of memory; so a drawing that is too large runs out of it sooner, where that has a clean end.
+class MemoryForOpenGL
 {
-    void* probe = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (probe == MAP_FAILED)
-        throw std::bad_alloc();
-    ::munmap(probe, size);
+public:
+    MemoryForOpenGL()
+    {
+        for (my_size = whole; my_size > 0; my_size /= 2) {
+            my_memory = ::mmap(nullptr, my_size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+            if (my_memory != MAP_FAILED)
+                break;
+        }
+    }
+    ~MemoryForOpenGL()
+    {
+        if (my_memory != MAP_FAILED)
+            ::munmap(my_memory, my_size);
+    }
+    MemoryForOpenGL(const MemoryForOpenGL&) = delete;
+    MemoryForOpenGL& operator=(const MemoryForOpenGL&) = delete;
+
+    bool is_whole() const { return my_size == whole; }
+
+private:
+    static constexpr std::size_t whole = std::size_t{512} * 1024 * 1024; // Mesa's software renderer takes 480 MB
+
+    void* my_memory = MAP_FAILED;
+    std::size_t my_size = 0;
+};
+
+bool load(MyGlMDIChild& child, const QString& fileName)
+{
+    const MemoryForOpenGL kept_back;
+    return child.loadFile(fileName);
 }
 
-/// Whether a stored value is a size that an X11 window can have.
+/// Whether a stored value is a size that a window may have had: not beyond twice what all screens make up together.
 bool is_size_of_window(const QVariant& value)
 {
-    constexpr int largest = 32767; // the X protocol's coordinates have 16 bits, one of them the sign
     const QSize size = value.toSize();
-    return value.type() == QVariant::Size && size.width() > 0 && size.height() > 0 && size.width() <= largest &&
-           size.height() <= largest;
+    const QSize largest = 2 * QGuiApplication::primaryScreen()->virtualSize();
+    return value.type() == QVariant::Size && size.width() > 0 && size.height() > 0 && size.boundedTo(largest) == size;
 }
 
 /// Whether a stored value is a position at which some part of a window of this size is on a screen.
@@ -57,14 +82,36 @@ bool is_on_a_screen(const QVariant& value, const QSize& size)
     return value.type() == QVariant::Point && std::any_of(screens.begin(), screens.end(), shows);
 }
 
+constexpr const char* home_page = "https://tolmera.example";
+
+/// A link whose visible text is its own address.
+QString link(const QString& address)
+{
+    return "<a href=\"" + address + "\">" + address + "</a>";
+}
+
+/// A fact as a row of a table.
+QString row(const QString& label, const QString& value)
+{
+    return "<tr><td>" + label + "</td><td>&nbsp;:&nbsp;</td><td>" + value + "</td></tr>";
+}
+
+QString coordinates(const DRVect3d& point)
+{
+    const auto number = [](double value) { return QString::number(value, 'g', 6); };
+    return number(point.x()) + ", " + number(point.y()) + ", " + number(point.z());
+}
+
 } // namespace
 
-MyMainWindow::MyMainWindow() : mdiArea(new QMdiArea), windowMapper(new QSignalMapper(this))
+MyMainWindow::MyMainWindow()
 {
+    mdiArea = new QMdiArea;
     mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setCentralWidget(mdiArea);
     connect(mdiArea, SIGNAL(subWindowActivated(QMdiSubWindow*)), this, SLOT(updateMenus()));
+    windowMapper = new QSignalMapper(this);
     connect(windowMapper, SIGNAL(mapped(QWidget*)), this, SLOT(setActiveSubWindow(QWidget*)));
 
     createActions();
@@ -251,8 +298,10 @@ void MyMainWindow::updateWindowMenu()
 
 void MyMainWindow::setActiveSubWindow(QWidget* window)
 {
-    if (window != nullptr)
-        mdiArea->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(window));
+    // An entry of the Window menu may outlive its window until the menu is rebuilt.
+    for (QMdiSubWindow* frame : mdiArea->subWindowList())
+        if (frame == window)
+            mdiArea->setActiveSubWindow(frame);
 }
 
 MyGlMDIChild* MyMainWindow::drawing_in(const QMdiSubWindow* frame)
@@ -267,7 +316,8 @@ MyGlMDIChild* MyMainWindow::activeMyGlMDIChild() const
 
 MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
 {
-    require_memory(memory_for_context);
+    if (!MemoryForOpenGL().is_whole())
+        throw std::bad_alloc();
     auto* child = new MyGlMDIChild(this);
     if (!child->isValid())
         qWarning("Tolmera: this display offers no OpenGL; drawings cannot be shown on it.");
@@ -275,11 +325,14 @@ MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
     return child;
 }
 
-/// Closes a drawing window that was never shown, and deletes it together with the frame that the area made for it.
+/// Closes a drawing window that was never shown, and deletes it together with the frame that the area made for it. The
+/// area lets go of the frame first, for it would make another one active when an own one is deleted.
 void MyMainWindow::discard(MyGlMDIChild* child)
 {
     child->close();
-    delete child->parentWidget();
+    QWidget* frame = child->parentWidget();
+    mdiArea->removeSubWindow(frame);
+    delete frame;
 }
 
 void MyMainWindow::open_dxf()
@@ -292,9 +345,8 @@ void MyMainWindow::open_dxf()
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
     statusBar()->showMessage(tr("Loading DXF file..."));
     MyGlMDIChild* child = createMyGlMDIChild();
-    if (child->loadFile(fileName)) {
+    if (load(*child, fileName)) {
         statusBar()->showMessage(tr("File loaded"), 2000);
-        require_memory(memory_for_painting);
         child->show();
         if (ogl_version.isEmpty())
             ogl_version = child->version_of_OpenGL();
@@ -313,9 +365,8 @@ bool MyMainWindow::open_dxf(QString fileName)
         return false;
 
     MyGlMDIChild* child = createMyGlMDIChild();
-    const bool ret_val = child->loadFile(fileName);
+    const bool ret_val = load(*child, fileName);
     if (ret_val) {
-        require_memory(memory_for_painting);
         child->show();
         current_dxf_file_dir = child->tell_file_path();
     } else {
@@ -434,4 +485,81 @@ void MyMainWindow::closeEvent(QCloseEvent* event)
         writeSettings();
         event->accept();
     }
+}
+
+void MyMainWindow::inform(const QString& title, const QString& text)
+{
+    QMessageBox::information(this, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+}
+
+void MyMainWindow::about()
+{
+    const QString name = windowTitle();
+    inform("About " + name,
+           "<br /><b>" + name +
+               "</b> v.2.1.<br /><br />" //
+               "Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
+               "<table>" +
+               row("Phone", "+1 555 0100") +
+               row("E-mail", "<a href=\"mailto:tolmera@lastrove.example\">tolmera@lastrove.example</a>") +
+               row("XMPP", "tolmera@chat.lastrove.example") + row("Matrix", "@tolmera:lastrove.example") +
+               "</table><br /><br />"
+               "Application &#8220;" +
+               name +
+               "&#8221; (<b>Tol</b>erant <b>m</b>odel <b>e</b>ntity <b>r</b>eading <b>a</b>pplication) "
+               "makes processing and viewing of the main entities of 3D graphical data, stored at DXF-files."
+               "<br /><br />"
+               "Home page : " +
+               link(home_page) + "<br /><br /><hr />");
+}
+
+void MyMainWindow::ireferences()
+{
+    const QString name = windowTitle();
+    inform(name + " : References",
+           "<br />Application &#8220;" + name +
+               "&#8221; is built with using of the following external software:<br /><br />- Qt v." + qVersion() +
+               " ( is available under the Lesser General Public License, LGPL ), "
+               "Copyright &#169; The Qt Company Ltd. and other contributors, " +
+               link("https://www.qt.io") +
+               ";<br /><br />"
+               "- OpenGL ( is a registered trademark of SGI, " +
+               link("https://www.sgi.com") + " ), " + ogl_version + link("https://www.opengl.org") +
+               ";<br /><br />"
+               "- Icon set ( freeware ), Copyright &#169; 2026 Lastrove, " +
+               link(home_page) + ".<br /><hr />");
+}
+
+void MyMainWindow::about_dxf()
+{
+    inform(windowTitle() + " : About DXF",
+           tr("<br /><b>Drawing eXchange Format</b> (DXF) is a CAD data file format<br />"
+              "developed by <i>Autodesk</i> (<a href=\"https://www.autodesk.com\">https://www.autodesk.com</a>)<br />"
+              "to let AutoCAD&#174; exchange data with other programs.<br />"
+              "Many programs support DXF: <i>Adobe Illustrator</i>,<br />"
+              "<i>Corel Draw</i>, <i>Caddie</i>, <i>LibreOffice</i>, <i>Solidworks</i> etc.<br /><br />"
+              "The DXF&#8482; format is a tagged representation of all the<br />"
+              "information that an AutoCAD&#174; drawing file contains.<br /><br />"
+              "<i>Tagged data</i> means that every data element in the file is<br />"
+              "preceded by an integer, which is called its <i>group code</i>.<br /><br />"
+              "The value of a group code tells which type of data element<br />"
+              "follows, and what this element means for the given object<br />"
+              "or record type.<br /><br />"
+              "Nearly all information that a user puts into a drawing<br />"
+              "can be represented in DXF.<br /><hr />"));
+}
+
+void MyMainWindow::aboutdrw()
+{
+    const MyGlMDIChild* drawing = activeMyGlMDIChild();
+    if (drawing == nullptr)
+        return;
+    inform(windowTitle() + " : Information about Model",
+           "&nbsp;<table>" + row("File name", drawing->tell_file_name()) + row("Place", drawing->tell_file_path()) +
+               row("Size", QString::number(drawing->tell_file_size(), 10) + " bytes") + "</table><br /><table>" +
+               row("Minimal point ( x, y, z )", coordinates(drawing->drawing_min_point())) +
+               row("Maximal point ( x, y, z )", coordinates(drawing->drawing_max_point())) + "</table><br /><table>" +
+               row("3D Points", QString::number(drawing->points(), 10)) +
+               row("3D Lines", QString::number(drawing->lines(), 10)) +
+               row("3D Faces", QString::number(drawing->faces(), 10)) + "</table><br /><hr />");
 }

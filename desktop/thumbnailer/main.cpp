@@ -104,7 +104,7 @@ QImage picture_of(const char* file, int size)
     bound_memory(drawing_memory);
     if (!bring_into_view(drawing.entities, reader))
         fail("the drawing has no finite extents");
-    const QImage picture = draw_preview(drawing.entities, size);
+    QImage picture = draw_preview(drawing.entities, size);
     if (picture.isNull())
         fail("there is no OpenGL without a screen");
     return picture;
