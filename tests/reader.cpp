@@ -19,7 +19,8 @@ QByteArray random_file(QRandomGenerator& random)
                    "00000000008|0000000000000000010| \t0|5\r5")
             .split('|');
     static const QByteArrayList values =
-        QByteArray("0.0|1.5|-2e3|1,5|0x1A|inf|-nan(12)|+3|  7.25|1e999|-0|5e-324|1.5 2|.5|0|-.5e1x|1e|\t\f1.2|31|A1|"
+        QByteArray("0.0|1.5|-12.345678|-7|123456789.012345|1234567890.1234567|.|-|5.|-2e3|1,5|0x1A|inf|-nan(12)|+3|  "
+                   "7.25|1e999|-0|5e-324|1.5 2|.5|0|-.5e1x|1e|\t\f1.2|31|A1|"
                    "0.3000000000000000000000000001|9007199254740993|WALLS|ENDSEC|ENTITIES|1.7976931348623159e308")
             .split('|');
     const QByteArray end = random.bounded(2) != 0 ? "\n" : "\r\n";
