@@ -154,7 +154,7 @@ void measure_peers(const Setting& setting, Table& table)
         else
             works.push_back({peer.name, [&faces, &peer] { return seconds_of([&] { peer.read(faces.c_str()); }); }});
     }
-    std::map<std::string, double> seconds = measure(5, works);
+    std::map<std::string, double> seconds = measure(7, works);
     for (const Peer& peer : peers())
         if (peer.read != nullptr)
             table.add({"read", number(setting.quantity) + " faces", time(seconds["read"]), peer.name,
@@ -209,8 +209,8 @@ void measure_repaints(const Setting& setting, Table& table)
         View view(file);
         view.render(repaint.mode);
         std::map<std::string, double> seconds =
-            measure(9, {{"repaint", [&] { return view.repaint_seconds(); }},
-                        {"bare", [&] { return view.bare_repaint_seconds([&] { repaint.draw_bare(entities); }); }}});
+            measure(15, {{"repaint", [&] { return view.repaint_seconds(); }},
+                         {"bare", [&] { return view.bare_repaint_seconds([&] { repaint.draw_bare(entities); }); }}});
         table.add({repaint.figure, number(setting.quantity) + " " + repaint.kind, time(seconds["repaint"]),
                    "bare loop of the same calls", time(seconds["bare"])},
                   seconds["repaint"] / seconds["bare"], Target{1.12});
@@ -255,7 +255,7 @@ void measure_growth(const Setting& setting, Table& table)
         add("repaint", [view = views.back().get()] { return view->repaint_seconds(); });
         add("pick", [view = views.back().get()] { return view->pick_seconds(); });
     }
-    std::map<std::string, double> seconds = measure(5, works);
+    std::map<std::string, double> seconds = measure(7, works);
     for (const std::string figure : {"read", "load", "repaint", "pick"}) {
         const auto each = [&](unsigned long quantity) {
             return seconds[figure + " " + std::to_string(quantity)] / static_cast<double>(setting.quantity);

@@ -1,6 +1,7 @@
 // Start-up: splash screen, main window, the drawing named on the command line, event loop; and the last words where
 // memory or the display is missing.
 
+#include "GUI/File/RichName.h"
 #include "GUI/MyMainWindow.h"
 
 #include <QApplication>
@@ -63,7 +64,7 @@ void warn(MyMainWindow& mainWin, const QString& text)
 bool check_file(MyMainWindow& mainWin, const QString& name)
 {
     if (!QFileInfo(name).isReadable()) {
-        warn(mainWin, "<br />Error reading of file:<br />" + name + "<br /><hr />");
+        warn(mainWin, "<br />Error reading of file:<br />" + rich_name(name) + "<br /><hr />");
         return false;
     }
     if (QFileInfo(name).size() == 0 || QFileInfo(name).suffix() != "dxf") {

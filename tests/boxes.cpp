@@ -22,7 +22,9 @@ private slots:
         const BoxReader reader;
         QVERIFY(QMetaObject::invokeMethod(&window, "aboutdrw")); // no box without a drawing
         QVERIFY(window.open_dxf(write_file("a.dxf", dxf({"LINE 1.0 2.0 3.0 4.0 5.0 6.0"}))));
-        QVERIFY(window.open_dxf(write_file("b.dxf", dxf({"POINT -2.25 0.5 3e-7", "POINT 1234567.0 100.0 0.0"}))));
+        QVERIFY(window.open_dxf(write_file(
+            "b.dxf", dxf({"POINT -2.25 0.5 3e-7", "LINE 1234567.0 100.0 0.0 1.0 1.0 0.0",
+                         "LINE 1.0 1.0 0.0 2.0 2.0 0.0", "3DFACE 1.0 2.0", "3DFACE 1.0 2.0", "3DFACE 1.0 2.0"}))));
         window.setWindowTitle("T <i>1");
         for (const char* slot : {"about", "ireferences", "about_dxf", "aboutdrw"})
             QVERIFY(QMetaObject::invokeMethod(&window, slot));

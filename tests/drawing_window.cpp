@@ -58,6 +58,7 @@ private slots:
             "Warning |<br />The known entities were not found in the &#8220;%1&#8221; file.<br /><hr />";
         const QString missing = folder().filePath("a <b> & \n c.dxf");
         const std::pair<QString, QString> rows[] = {{missing, unread.arg(missing)},
+            {write_file("<IMG src=f>.dxf", ""), empty.arg("&lt;IMG src=f>.dxf")},
             {folder().path(), unread.arg(folder().path())}, {write_file("empty.dxf", ""), empty.arg("empty.dxf")},
             {write_file("text.dxf", dxf({"TEXT 1.0"})), empty.arg("text.dxf")}};
         for (const auto& [path, text] : rows) {

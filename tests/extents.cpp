@@ -51,6 +51,12 @@ private slots:
         QVERIFY(reader.get_boundary(entities, min, max, limit) && std::isnan(min.x()) && std::isnan(max.x()));
         QVERIFY(min.y() == -3 && max.y() == -3 && limit == 3);
     }
+
+    void normals_are_of_three_points()
+    {
+        QVERIFY(entity(DraftEntity::Face, {0, 0, 0, 2, 1, 0, 1, 3, 0, 5, 5, 5})->get_normal() == DRVect3d(0, 0, 1));
+        QVERIFY(entity(DraftEntity::Face, {1, 2, 3, 2, 3, 4, 3, 4, 5, 9, 0, 0})->get_normal() == DRVect3d());
+    }
 };
 
 QTEST_APPLESS_MAIN(TestExtents)

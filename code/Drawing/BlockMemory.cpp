@@ -4,6 +4,20 @@
 
 #include <cstdint>
 
+#ifdef TOLMERA_WATCHED_MEMORY // by a sanitizer, piece by piece
+
+void* BlockMemory::take(std::size_t size)
+{
+    return ::operator new(size);
+}
+
+void BlockMemory::release(void* piece) noexcept
+{
+    ::operator delete(piece);
+}
+
+#else
+
 namespace
 {
 
@@ -42,3 +56,5 @@ void BlockMemory::release(void* piece) noexcept
     else
         delete block;
 }
+
+#endif

@@ -25,6 +25,7 @@
 #include <sys/mman.h>
 
 #include "File/MyGlMDIChild.h"
+#include "File/RichName.h"
 
 namespace
 {
@@ -316,7 +317,7 @@ MyGlMDIChild* MyMainWindow::activeMyGlMDIChild() const
 
 MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
 {
-    if (!MemoryForOpenGL().is_whole())
+    if (!MemoryForOpenGL().is_whole()) // where the driver would crash
         throw std::bad_alloc();
     auto* child = new MyGlMDIChild(this);
     if (!child->isValid())
@@ -354,7 +355,7 @@ void MyMainWindow::open_dxf()
     } else {
         discard(child);
         QApplication::restoreOverrideCursor();
-        warn("<br />Error reading of file: &#8220;" + fileName + "&#8221;.<br /><hr />");
+        warn("<br />Error reading of file: &#8220;" + rich_name(fileName) + "&#8221;.<br /><hr />");
     }
     QApplication::restoreOverrideCursor();
 }
@@ -371,7 +372,7 @@ bool MyMainWindow::open_dxf(QString fileName)
         current_dxf_file_dir = child->tell_file_path();
     } else {
         discard(child);
-        warn("<br />Error reading of file:<br />&#8220;" + fileName + "&#8221;<br /><hr />");
+        warn("<br />Error reading of file:<br />&#8220;" + rich_name(fileName) + "&#8221;<br /><hr />");
     }
     return ret_val;
 }
@@ -555,7 +556,8 @@ void MyMainWindow::aboutdrw()
     if (drawing == nullptr)
         return;
     inform(windowTitle() + " : Information about Model",
-           "&nbsp;<table>" + row("File name", drawing->tell_file_name()) + row("Place", drawing->tell_file_path()) +
+           "&nbsp;<table>" + row("File name", rich_name(drawing->tell_file_name())) +
+               row("Place", rich_name(drawing->tell_file_path())) +
                row("Size", QString::number(drawing->tell_file_size(), 10) + " bytes") + "</table><br /><table>" +
                row("Minimal point ( x, y, z )", coordinates(drawing->drawing_min_point())) +
                row("Maximal point ( x, y, z )", coordinates(drawing->drawing_max_point())) + "</table><br /><table>" +

@@ -7,6 +7,7 @@
 #include <QMessageBox>
 
 #include "GL/GLObject.h"
+#include "RichName.h"
 
 namespace
 {
@@ -38,7 +39,7 @@ bool MyGlMDIChild::loadFile(const QString& fileName)
 {
     const DXFL_Processing reader(fileName.toStdString(), draft_entities);
     if (reader.get_file_status() != 0) {
-        warn("<br />Error reading of &#8220;" + fileName + "&#8221; file.<br /><hr />");
+        warn("<br />Error reading of &#8220;" + rich_name(fileName) + "&#8221; file.<br /><hr />");
         return false;
     }
 
@@ -49,7 +50,7 @@ bool MyGlMDIChild::loadFile(const QString& fileName)
     setWindowTitle(drw_name);
 
     if (draft_entities.empty()) {
-        warn("<br />The known entities were not found in the &#8220;" + drw_name + "&#8221; file.<br /><hr />");
+        warn("<br />The known entities were not found in the &#8220;" + rich_name(drw_name) + "&#8221; file.<br /><hr />");
         return true;
     }
     take_extents(reader);
