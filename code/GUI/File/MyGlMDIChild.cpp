@@ -50,7 +50,8 @@ bool MyGlMDIChild::loadFile(const QString& fileName)
     setWindowTitle(drw_name);
 
     if (draft_entities.empty()) {
-        warn("<br />The known entities were not found in the &#8220;" + rich_name(drw_name) + "&#8221; file.<br /><hr />");
+        warn("<br />The known entities were not found in the &#8220;" + rich_name(drw_name) +
+             "&#8221; file.<br /><hr />");
         return true;
     }
     take_extents(reader);
