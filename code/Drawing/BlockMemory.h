@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. No piece is handed out
-/// twice: a block is given back with the last piece in it, which suits the objects of a drawing, for they come and go
-/// together. For one thread, and for pieces far smaller than a block.
+/// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. A piece that is taken back
+/// is not handed out again; its block is given back, or begun anew, with the last piece in it. That suits the objects
+/// of a drawing, which come and go together. For one thread, and for pieces far smaller than a block.
 namespace BlockMemory
 {
 
@@ -20,6 +20,9 @@ void release(void* piece) noexcept;
 /// The same for a container of the standard library.
 template <typename T> struct BlockAllocator {
     using value_type = T;
+
+    BlockAllocator() = default;
+    template <typename Other> BlockAllocator(const BlockAllocator<Other>& /*other*/) noexcept {}
 
     // NOLINTNEXTLINE(bugprone-sizeof-expression): a T that is a pointer is meant, too
     T* allocate(std::size_t quantity) { return static_cast<T*>(BlockMemory::take(quantity * sizeof(T))); }
