@@ -31,7 +31,7 @@ namespace
 }
 
 /// Nobody catches the std::bad_alloc that operator new and Qt throw where memory is out.
-[[noreturn]] void end_by_exception()
+[[noreturn]] void end_by_terminate()
 {
     try {
         if (const std::exception_ptr exception = std::current_exception())
@@ -44,13 +44,13 @@ namespace
     std::abort();
 }
 
-QtMessageHandler qt_tell = nullptr;
+QtMessageHandler default_handler = nullptr;
 
 /// A fatal message, such as Qt's of a display that cannot be reached, ends the program with an exit code, where Qt
 /// would leave a core dump.
-void tell(QtMsgType type, const QMessageLogContext& context, const QString& message)
+void handle_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    qt_tell(type, context, message);
+    default_handler(type, context, message);
     if (type == QtFatalMsg)
         ::_exit(EXIT_FAILURE);
 }
@@ -79,8 +79,8 @@ bool check_file(MyMainWindow& mainWin, const QString& name)
 int main(int argc, char** argv)
 {
     Q_INIT_RESOURCE(Tolmera);
-    std::set_terminate(end_by_exception);
-    qt_tell = qInstallMessageHandler(tell);
+    std::set_terminate(end_by_terminate);
+    default_handler = qInstallMessageHandler(handle_message);
 
     QApplication app(argc, argv);
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));

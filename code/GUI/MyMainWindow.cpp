@@ -19,46 +19,14 @@
 #include <QToolBar>
 
 #include <algorithm>
-#include <cstddef>
 #include <new>
 
-#include <sys/mman.h>
-
+#include "File/MemoryForOpenGL.h"
 #include "File/MyGlMDIChild.h"
 #include "File/RichName.h"
 
 namespace
 {
-
-/// Address space that is kept back while a drawing is read, as much as there is up to a bound. OpenGL drivers crash
-/// where they run out of memory; so a drawing that is too large runs out of it sooner, where that has a clean end.
-class MemoryForOpenGL
-{
-public:
-    MemoryForOpenGL()
-    {
-        for (my_size = whole; my_size > 0; my_size /= 2) {
-            my_memory = ::mmap(nullptr, my_size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-            if (my_memory != MAP_FAILED)
-                break;
-        }
-    }
-    ~MemoryForOpenGL()
-    {
-        if (my_memory != MAP_FAILED)
-            ::munmap(my_memory, my_size);
-    }
-    MemoryForOpenGL(const MemoryForOpenGL&) = delete;
-    MemoryForOpenGL& operator=(const MemoryForOpenGL&) = delete;
-
-    bool is_whole() const { return my_size == whole; }
-
-private:
-    static constexpr std::size_t whole = std::size_t{512} * 1024 * 1024; // Mesa's software renderer takes 480 MB
-
-    void* my_memory = MAP_FAILED;
-    std::size_t my_size = 0;
-};
 
 bool load(MyGlMDIChild& child, const QString& fileName)
 {
@@ -70,7 +38,10 @@ bool load(MyGlMDIChild& child, const QString& fileName)
 bool is_size_of_window(const QVariant& value)
 {
     const QSize size = value.toSize();
-    const QSize largest = 2 * QGuiApplication::primaryScreen()->virtualSize();
+    QRect all_screens;
+    for (const QScreen* screen : QGuiApplication::screens())
+        all_screens |= screen->geometry();
+    const QSize largest = 2 * all_screens.size();
     return value.type() == QVariant::Size && size.width() > 0 && size.height() > 0 && size.boundedTo(largest) == size;
 }
 
@@ -294,15 +265,15 @@ void MyMainWindow::updateWindowMenu()
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
         windowMapper->setMapping(action, windows.at(i));
+        // An entry may outlive its window, until the menu is made anew.
+        connect(windows.at(i), &QObject::destroyed, action, [this, action] { windowMapper->removeMappings(action); });
     }
 }
 
 void MyMainWindow::setActiveSubWindow(QWidget* window)
 {
-    // An entry of the Window menu may outlive its window until the menu is rebuilt.
-    for (QMdiSubWindow* frame : mdiArea->subWindowList())
-        if (frame == window)
-            mdiArea->setActiveSubWindow(frame);
+    if (window != nullptr)
+        mdiArea->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(window));
 }
 
 MyGlMDIChild* MyMainWindow::drawing_in(const QMdiSubWindow* frame)
@@ -495,11 +466,10 @@ void MyMainWindow::inform(const QString& title, const QString& text)
 
 void MyMainWindow::about()
 {
-    const QString name = windowTitle();
-    inform("About " + name,
-           "<br /><b>" + name +
-               "</b> v.2.1.<br /><br />" //
-               "Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
+    const QString name = rich_name(windowTitle());
+    inform("About " + windowTitle(),
+           "<br /><b>" + name + "</b> v." + TOLMERA_VERSION +
+               ".<br /><br />Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
                "<table>" +
                row("Phone", "+1 555 0100") +
                row("E-mail", "<a href=\"mailto:tolmera@lastrove.example\">tolmera@lastrove.example</a>") +
@@ -516,9 +486,8 @@ void MyMainWindow::about()
 
 void MyMainWindow::ireferences()
 {
-    const QString name = windowTitle();
-    inform(name + " : References",
-           "<br />Application &#8220;" + name +
+    inform(windowTitle() + " : References",
+           "<br />Application &#8220;" + rich_name(windowTitle()) +
                "&#8221; is built with using of the following external software:<br /><br />- Qt v." + qVersion() +
                " ( is available under the Lesser General Public License, LGPL ), "
                "Copyright &#169; The Qt Company Ltd. and other contributors, " +
