@@ -13,7 +13,7 @@ private slots:
     {
         const QByteArray mixed = dxf({"POINT -250.0 3.0 7.0", "LINE 1.0 2.0 3.0 4.0 5.0 6.0",
             "3DFACE 0.0 0.0 0.5 1.0 0.0 0.5 1.0 1.0 0.5 0.0 1.0 0.5"});
-        const QString drawings = DRAWINGS "/"; // of other programs, where they lie beside the sources
+        const QString drawings = DRAWINGS "/"; // of other programs, where the build was given them
         const struct {
             QString path;
             unsigned long points, lines, faces;

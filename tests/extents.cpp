@@ -2,6 +2,22 @@
 
 #include "helper.h"
 
+namespace
+{
+
+int allocations = 0;
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    ++allocations;
+    if (void* memory = std::malloc(size)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
 class TestExtents : public QObject
 {
     Q_OBJECT
@@ -25,7 +41,9 @@ private slots:
             }
             DRVect3d min, max;
             double limit = 0.5;
-            QVERIFY(DXFL_Processing("", entities).get_boundary(entities, min, max, limit));
+            const DXFL_Processing reader("", entities);
+            const int before = allocations;
+            QVERIFY(reader.get_boundary(entities, min, max, limit) && allocations == before);
             for (std::list<double>& axis : sorted) {
                 axis.sort();
                 expected.insert(expected.end(), {axis.front(), axis.back()});

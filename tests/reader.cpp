@@ -23,13 +23,20 @@ QByteArray random_file(QRandomGenerator& random)
                    "7.25|1e999|-0|5e-324|1.5 2|.5|0|-.5e1x|1e|\t\f1.2|31|A1|"
                    "0.3000000000000000000000000001|9007199254740993|WALLS|ENDSEC|ENTITIES|1.7976931348623159e308")
             .split('|');
+    const auto value = [&] {
+        const int digits = random.bounded(2, 19);
+        return random.bounded(4) != 0 ? any(values)
+                                      : QByteArray::number(random.generate64() >> 1)
+                                            .left(digits)
+                                            .insert(random.bounded(digits), random.bounded(9) != 0 ? "." : "-");
+    };
     const QByteArray end = random.bounded(2) != 0 ? "\n" : "\r\n";
     QByteArray file = "0" + end + "SECTION" + end + (random.bounded(20) != 0 ? "  2" : "26") + end + "ENTITIES" + end;
     for (int i = random.bounded(60); i > 0; --i) {
         file += "  0" + end + any(types) + end;
         for (int axis = 1; axis < 4 && random.bounded(3) != 0; ++axis)
             for (int point = 0; point < 4; ++point)
-                file += " " + QByteArray::number(10 * axis + point) + end + any(values) + end;
+                file += " " + QByteArray::number(10 * axis + point) + end + value() + end;
         for (int k = random.bounded(4); k > 0; --k)
             file += any(codes) + end + any(random.bounded(2) != 0 ? values : codes) + end;
     }

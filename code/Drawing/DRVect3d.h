@@ -74,8 +74,8 @@ public:
     }
 
     /// The unit normal of the plane through three points; it points towards a viewer who sees them run
-    /// counter-clockwise. (0, 0, 0) where their cross product
-    /// has no length that a double holds, as for points on one line. The vector that it is called on takes no part.
+    /// counter-clockwise. (0, 0, 0) where their cross product has no length that a double holds, as for points on one
+    /// line. The vector that it is called on takes no part.
     DRVect3d getNormal(const DRVect3d& vectA, const DRVect3d& vectB, const DRVect3d& vectC) const
     {
         return normalize((vectB - vectA) ^ (vectC - vectA));

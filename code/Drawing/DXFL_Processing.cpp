@@ -8,11 +8,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <cstdio>
 #include <limits>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -48,11 +50,11 @@ constexpr std::array<CoordinateGroup, 12> coordinate_groups{{
     {"33", DraftEntity::Z, 3},
 }};
 
-constexpr Codes coordinate_codes = 0xFFF;
-constexpr Codes code_0 = 0x1000; // an entity's or a section's start, and its end
-constexpr Codes code_2 = 0x2000; // a section's name
-constexpr Codes code_5 = 0x4000; // an entity's handle
-constexpr Codes code_8 = 0x8000; // an entity's layer name
+constexpr Codes code_0 = Codes{1} << coordinate_groups.size(); // an entity's or a section's start, and its end
+constexpr Codes code_2 = code_0 << 1;                          // a section's name
+constexpr Codes code_5 = code_0 << 2;                          // an entity's handle
+constexpr Codes code_8 = code_0 << 3;                          // an entity's layer name
+constexpr Codes coordinate_codes = code_0 - 1;
 
 struct NamedCode {
     const char* code;
@@ -73,7 +75,7 @@ constexpr std::array<EntityStart, 3> entity_starts{{
     {"3DFACE", DraftEntity::Face, 0xFFF},
 }};
 
-constexpr const char* code_characters = "012358 \r\n\t";
+constexpr std::string_view code_characters = "012358 \r\n\t";
 
 bool contains(std::string_view line, std::string_view word)
 {
@@ -91,13 +93,16 @@ std::string_view text_of(std::string_view line)
 
 /// Tells which group codes a line denotes, by a test that it is given. Lines of up to four characters, which nearly
 /// all group codes are, are tested once and remembered.
-template <typename Test> class CodeReader
+class CodeReader
 {
 public:
+    using Test = bool (*)(std::string presence_str, std::string model_str);
+
     explicit CodeReader(Test test) : denotes(test)
     {
-        for (const char* c = code_characters; *c != '\0'; ++c)
-            symbols[static_cast<unsigned char>(*c)] = static_cast<std::uint8_t>(c - code_characters + 1);
+        std::uint8_t last_symbol = 0;
+        for (const char c : code_characters)
+            symbols[static_cast<unsigned char>(c)] = ++last_symbol;
     }
 
     /// `line` ends with LF.
@@ -123,7 +128,7 @@ public:
 
 private:
     static constexpr std::size_t longest_known = 4;
-    static constexpr std::size_t key_base = 11; // the code characters, and none
+    static constexpr std::size_t key_base = code_characters.size() + 1; // the code characters, and none
     static constexpr Codes unknown = ~Codes{0};
 
     Codes test_all(std::string_view line) const
@@ -199,11 +204,11 @@ bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& 
     DraftEntity* cur_drentity = nullptr;
     Codes model_banner = 0;
     Codes presence_banner = 0;
-    Codes previous = 0; // what the line before the current one denotes
+    Codes denoted = 0; // by the line that was read last
 
     for (std::string_view line; lines.next(line);) {
-        const Codes code = previous;
-        previous = codes_of(line);
+        const Codes code = denoted;
+        denoted = codes_of(line);
 
         if (!is_entity_section) {
             is_entity_section = (code & code_2) != 0 && contains(line, "ENTITIES");
@@ -239,7 +244,7 @@ bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& 
             presence_banner |= code & coordinate_codes;
         }
         // A layer name or a handle may read 0 without ending its entity.
-        const bool ends = (previous & code_0) != 0 && (code & (code_8 | code_5)) == 0;
+        const bool ends = (denoted & code_0) != 0 && (code & (code_8 | code_5)) == 0;
         if (presence_banner == model_banner || ends)
             cur_drentity = nullptr;
     }

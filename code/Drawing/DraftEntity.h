@@ -5,6 +5,7 @@
 #include "BlockMemory.h"
 #include "DRVect3d.h"
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -76,6 +77,6 @@ private:
     EntityType my_type;
     std::string my_str_id;
     std::string my_layer_str_id;
-    std::vector<DRVect3d*, BlockAllocator<DRVect3d*>> my_points; // owned, each one allocated by itself
+    std::vector<DRVect3d*, BlockAllocator<DRVect3d*>> my_points; // owned, each one a piece of BlockMemory
     DRVect3d my_normal;
 };

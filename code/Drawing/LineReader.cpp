@@ -24,10 +24,9 @@ bool LineReader::next(std::string_view& line)
             my_begin += line.size();
             return true;
         }
-        const std::size_t unfinished = my_end - my_begin;
+        searched = my_end - my_begin;
         if (!read_more())
             return false;
-        searched = my_begin + unfinished;
     }
 }
 
@@ -37,7 +36,7 @@ bool LineReader::read_more()
     const std::size_t unfinished = my_end - my_begin;
     if (unfinished == my_block.size())
         my_block.resize(2 * my_block.size());
-    if (unfinished > 0)
+    if (my_begin > 0)
         std::memmove(my_block.data(), my_block.data() + my_begin, unfinished);
     my_begin = 0;
     const std::size_t count = std::fread(my_block.data() + unfinished, 1, my_block.size() - unfinished, my_file);

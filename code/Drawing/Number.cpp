@@ -2,6 +2,7 @@
 
 #include "Number.h"
 
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -21,6 +22,7 @@ bool is_line_end(char c)
 
 /// A number of at most fifteen digits, with or without a sign and a point, that its line's end follows. The digits and
 /// the power of ten are doubles without an error, so their quotient is the double nearest to the number.
+static_assert(FLT_EVAL_METHOD == 0, "a quotient of doubles has to be rounded once");
 std::optional<double> short_decimal(const char* at, const char* end)
 {
     constexpr std::ptrdiff_t most_digits = 15;
@@ -71,7 +73,7 @@ double to_number(std::string_view text)
     // This way rounds to the nearest double, too, so it is right wherever it sees the whole of a finite number.
     double value = 0.0;
     const auto [stop, error] = std::from_chars(begin, end, value);
-    if (error == std::errc() && stop != end && (is_line_end(*stop) || *stop == ' ') && std::isfinite(value))
+    if (error == std::errc() && (stop == end || is_line_end(*stop) || *stop == ' ') && std::isfinite(value))
         return value;
     return c_number(text);
 }

@@ -29,6 +29,20 @@ void send_vertices(const DraftEntity& entity)
         send_vertex(entity, i);
 }
 
+void begin_points(double size, const DRVect3d& color)
+{
+    glPointSize(static_cast<GLfloat>(size));
+    glBegin(GL_POINTS);
+    send_color(color);
+}
+
+void begin_lines(double width, const DRVect3d& color)
+{
+    glLineWidth(static_cast<GLfloat>(width));
+    glBegin(GL_LINES);
+    send_color(color);
+}
+
 } // namespace
 
 GLObject::GLObject(DraftEntity* cur_drentity) : Marker(0), my_drentity(cur_drentity) {}
@@ -50,16 +64,12 @@ void GLObject::draw()
     glLoadName(static_cast<GLuint>(my_local_id));
     switch (my_drentity->get_type()) {
     case DraftEntity::Point:
-        glPointSize(static_cast<GLfloat>(my_thickness));
-        glBegin(GL_POINTS);
-        send_color(current_color());
+        begin_points(my_thickness, current_color());
         send_vertices(*my_drentity);
         glEnd();
         break;
     case DraftEntity::Line:
-        glLineWidth(static_cast<GLfloat>(my_thickness));
-        glBegin(GL_LINES);
-        send_color(current_color());
+        begin_lines(my_thickness, current_color());
         send_vertices(*my_drentity);
         glEnd();
         break;
@@ -75,16 +85,12 @@ void GLObject::draw_face()
     const unsigned int quantity = face.points();
     switch (my_rendering) {
     case POINT:
-        glPointSize(static_cast<GLfloat>(my_thickness));
-        glBegin(GL_POINTS);
-        send_color(current_color());
+        begin_points(my_thickness, current_color());
         send_vertices(face);
         glEnd();
         break;
     case WIREFRAME:
-        glLineWidth(static_cast<GLfloat>(my_thickness));
-        glBegin(GL_LINES);
-        send_color(current_color());
+        begin_lines(my_thickness, current_color());
         for (unsigned int i = 0; i < quantity; ++i) {
             send_vertex(face, i);
             send_vertex(face, i + 1 < quantity ? i + 1 : 0);

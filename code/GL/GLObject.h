@@ -6,6 +6,8 @@
 #include "Drawing/DRVect3d.h"
 #include "Marker.h"
 
+#include <cstddef>
+
 class DraftEntity;
 
 /// The drawable form of one entity, in immediate mode. Colours are red, green and blue from 0 to 1.

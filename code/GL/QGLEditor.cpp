@@ -33,37 +33,23 @@ constexpr std::array<Angles, 6> orientation_angles{{
     {-90, 0, 0}, // BOTTOM
 }};
 
-/// A hit record of a name stack of depth one, as OpenGL's selection mode writes it.
-struct HitRecord {
-    GLuint names;
-    GLuint min_depth;
-    GLuint max_depth;
-    GLuint name;
-};
-
 constexpr unsigned int bufMaxSize = 512;
+
+/// A hit record of a name stack of depth one, as OpenGL's selection mode writes it: the number of names, the smallest
+/// and the largest depth, the name.
 constexpr unsigned int entries_per_hit = 4;
 
-HitRecord hit_record(const GLuint* buffer, unsigned long index)
-{
-    const GLuint* entry = buffer + entries_per_hit * index;
-    return {entry[0], entry[1], entry[2], entry[3]};
-}
-
-/// The name of the hit with the smallest depth, minimal or maximal; the earliest of equal ones.
+/// The name of the hit with the smallest depth, which either of its two may be; the earliest of equal ones.
 GLuint front_name(const GLuint* buffer, unsigned long quantity)
 {
-    HitRecord front = hit_record(buffer, 0);
-    GLuint front_depth = front.min_depth;
-    for (unsigned long i = 0; i < quantity; ++i) {
-        const HitRecord hit = hit_record(buffer, i);
-        const GLuint depth = std::min(hit.min_depth, hit.max_depth);
-        if (depth < front_depth) {
+    const auto depth = [](const GLuint* hit) { return std::min(hit[1], hit[2]); };
+    const GLuint* front = buffer;
+    for (unsigned long i = 1; i < quantity; ++i) {
+        const GLuint* hit = buffer + entries_per_hit * i;
+        if (depth(hit) < depth(front))
             front = hit;
-            front_depth = depth;
-        }
     }
-    return front.name;
+    return front[3];
 }
 
 bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
@@ -71,7 +57,8 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
     return (buttons & wanted) == wanted;
 }
 
-/// Takes back the drag cursors whose release will not come, because another window or the end of the view takes it.
+/// Takes back the drag cursors whose release will not come: another window or the end of the view takes it, or a next
+/// press shows that it was missed.
 void drop_stale_drag_cursors()
 {
     for (const QCursor* cursor = QApplication::overrideCursor();
@@ -252,7 +239,7 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept();
+    event->accept(); // it comes ignored, and would go on to the parents
 }
 
 void QGLEditor::changeEvent(QEvent* event)

@@ -14,7 +14,7 @@ class GLObject;
 
 /// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are scaled uniformly,
 /// turned about the model's origin and moved in eye units, of which the shorter side of the widget spans two, from -1
-/// to 1. No operation repaints: the caller calls update().
+/// to 1. No public operation repaints: the caller calls update().
 class QGLEditor : public QGLWidget
 {
     Q_OBJECT
