@@ -130,7 +130,7 @@ double read_barely(const std::string& file)
 
 std::shared_ptr<std::deque<Entities>> read_often(const std::string& file, unsigned long times)
 {
-    const auto drawings = std::make_shared<std::deque<Entities>>(times);
+    auto drawings = std::make_shared<std::deque<Entities>>(times);
     for (Entities& entities : *drawings)
         const DXFL_Processing reader(file, entities.list);
     return drawings;

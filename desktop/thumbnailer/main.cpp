@@ -4,6 +4,7 @@
 #include <QBuffer>
 #include <QByteArray>
 
+#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -31,8 +32,8 @@ constexpr unsigned int seconds = 8;
 
 // Bytes of data, that is without code and files. What reading may not take is left for drawing, since OpenGL has no
 // way to tell that memory ran out.
-constexpr rlim_t reading_memory = rlim_t{768} << 20;
-constexpr rlim_t drawing_memory = rlim_t{1280} << 20;
+constexpr rlim_t most_memory = rlim_t{1280} << 20;
+constexpr rlim_t memory_for_drawing = rlim_t{512} << 20;
 
 constexpr const char* usage = "usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, SIZE from 1 to 1024 pixels";
 constexpr const char* too_much_time = "the drawing is too large: it cannot be drawn within 8 seconds";
@@ -59,11 +60,11 @@ char unfinished_file[PATH_MAX];
 /// Safe in a signal handler.
 [[noreturn]] void fail(std::string_view problem)
 {
+    if (unfinished_file[0] != '\0')
+        ::unlink(unfinished_file);
     for (const std::string_view text : {std::string_view("tolmera-thumbnailer: "), problem, std::string_view("\n")})
         if (::write(STDERR_FILENO, text.data(), text.size()) < 0)
             break;
-    if (unfinished_file[0] != '\0')
-        ::unlink(unfinished_file);
     ::_exit(EXIT_FAILURE);
 }
 
@@ -72,10 +73,17 @@ extern "C" void out_of_time(int /*signal*/)
     fail(too_much_time);
 }
 
-void bound_memory(rlim_t bytes)
+/// Bounds the memory, within what the process may have at most, so that `left_over` bytes of that remain.
+void bound_memory(rlim_t left_over)
 {
-    const rlimit bound = {bytes, drawing_memory};
-    ::setrlimit(RLIMIT_DATA, &bound);
+    rlimit bound = {};
+    if (::getrlimit(RLIMIT_DATA, &bound) == 0) {
+        bound.rlim_max = std::min(bound.rlim_max, most_memory);
+        bound.rlim_cur = bound.rlim_max - std::min(bound.rlim_max, left_over);
+        if (::setrlimit(RLIMIT_DATA, &bound) == 0)
+            return;
+    }
+    fail("the memory cannot be bounded");
 }
 
 int picture_size(std::string_view text)
@@ -94,14 +102,14 @@ QImage picture_of(const char* file, int size)
         fail(too_much_text);
 
     Drawing drawing;
-    bound_memory(reading_memory);
+    bound_memory(memory_for_drawing);
     const DXFL_Processing reader(file, drawing.entities);
     if (reader.get_file_status() != 0)
         fail("the file cannot be read");
     if (drawing.entities.empty())
         fail("the file holds no points, lines or faces");
 
-    bound_memory(drawing_memory);
+    bound_memory(0);
     if (!bring_into_view(drawing.entities, reader))
         fail("the drawing has no finite extents");
     QImage picture = draw_preview(drawing.entities, size);
