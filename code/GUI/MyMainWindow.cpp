@@ -265,8 +265,7 @@ void MyMainWindow::updateWindowMenu()
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
         windowMapper->setMapping(action, windows.at(i));
-        // An entry may outlive its window, until the menu is made anew.
-        connect(windows.at(i), &QObject::destroyed, action, [this, action] { windowMapper->removeMappings(action); });
+        connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }
 
