@@ -22,9 +22,9 @@ bool is_line_end(char c)
 
 /// A number of at most fifteen digits, with or without a sign and a point, that its line's end follows. The digits and
 /// the power of ten are doubles without an error, so their quotient is the double nearest to the number.
-static_assert(FLT_EVAL_METHOD == 0, "a quotient of doubles has to be rounded once");
 std::optional<double> short_decimal(const char* at, const char* end)
 {
+    static_assert(FLT_EVAL_METHOD == 0, "a quotient of doubles has to be rounded once");
     constexpr std::ptrdiff_t most_digits = 15;
     constexpr double powers[most_digits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
