@@ -1,4 +1,4 @@
-// The reader's rules in their plainest form, without regard to speed: what reader_target.cpp holds the reader against.
+// The reader's rules in their plainest form, without regard to speed: what promises.h holds the reader against.
 #pragma once
 
 #include <array>
