@@ -3,6 +3,7 @@
 #include "bare.h"
 
 #include "Drawing/DXFL_Processing.h"
+#include "Drawing/OwnedEntities.h"
 
 namespace
 {
@@ -20,11 +21,11 @@ void copy(const DRVect3d& from, GLdouble (&to)[3])
 
 std::vector<BareEntity> read_bare_entities(const std::string& file_name)
 {
-    std::list<DraftEntity*> entities;
-    const DXFL_Processing reader(file_name, entities);
+    OwnedEntities entities;
+    const DXFL_Processing reader(file_name, entities.list);
     std::vector<BareEntity> result;
-    result.reserve(entities.size());
-    for (DraftEntity* entity : entities) {
+    result.reserve(entities.list.size());
+    for (DraftEntity* entity : entities.list) {
         BareEntity bare = {};
         entity->compute_normal();
         copy(entity->get_normal(), bare.normal);
@@ -34,7 +35,6 @@ std::vector<BareEntity> read_bare_entities(const std::string& file_name)
             copy(point, bare.corners[i]);
         }
         result.push_back(bare);
-        delete entity;
     }
     return result;
 }

@@ -3,6 +3,7 @@
 // The inputs, the programs to start and the display are left to script/bench.
 
 #include "Drawing/DXFL_Processing.h"
+#include "Drawing/OwnedEntities.h"
 #include "bare.h"
 #include "peers.h"
 #include "program.h"
@@ -82,22 +83,6 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-/// Entities that are read and given back, together with the memory that the allocator would keep.
-struct Entities {
-    Entities() = default;
-    ~Entities()
-    {
-        for (const DraftEntity* entity : list)
-            delete entity;
-        list.clear();
-        malloc_trim(0);
-    }
-    Entities(const Entities&) = delete;
-    Entities& operator=(const Entities&) = delete;
-
-    std::list<DraftEntity*> list;
-};
-
 /// Reads the whole file, for the system may have dropped parts of it from the page cache since it was last read, and
 /// the disk is not what is measured.
 void bring_into_page_cache(const std::string& file)
@@ -111,7 +96,7 @@ void bring_into_page_cache(const std::string& file)
 double read(const std::string& file)
 {
     bring_into_page_cache(file);
-    Entities entities;
+    OwnedEntities entities;
     return seconds_of([&] { const DXFL_Processing reader(file, entities.list); });
 }
 
@@ -128,10 +113,10 @@ double read_barely(const std::string& file)
     });
 }
 
-std::shared_ptr<std::deque<Entities>> read_often(const std::string& file, unsigned long times)
+std::shared_ptr<std::deque<OwnedEntities>> read_often(const std::string& file, unsigned long times)
 {
-    auto drawings = std::make_shared<std::deque<Entities>>(times);
-    for (Entities& entities : *drawings)
+    auto drawings = std::make_shared<std::deque<OwnedEntities>>(times);
+    for (OwnedEntities& entities : *drawings)
         const DXFL_Processing reader(file, entities.list);
     return drawings;
 }

@@ -1,7 +1,7 @@
 // What the reader finds in a file, its extents and normals: against examples, and against the rules in their plainest
 // form.
 
-#include "../fuzz/promises.h"
+#include "long/promises.h"
 #include "helper.h"
 
 #include <clocale>
@@ -73,7 +73,7 @@ private slots:
             "0|LINE|5|31|330|1F|10|1.5|20|2.5|30|3.5|11|4.5|21|5.5|31|6.5|0|POINT LINE|10|2.5|0|ENDSEC|0|POINT|";
         for (const char* end : {"\n", "\r\n"}) {
             QString told;
-            Entities entities;
+            OwnedEntities entities;
             const QString path = write_file("a.dxf", QByteArray(text).replace("|", end));
             const DXFL_Processing reader(path.toStdString(), entities.list);
             for (const DraftEntity* read : entities.list) {
@@ -96,7 +96,7 @@ private slots:
         for (int file = 0; file < 3000; ++file) {
             const QByteArray bytes = random_file(random);
             const QString path = write_file("random.dxf", bytes);
-            Entities entities;
+            OwnedEntities entities;
             QVERIFY(std::setlocale(LC_NUMERIC, file % 2 != 0 ? "C" : "de_DE.UTF-8") != nullptr);
             const DXFL_Processing reader(path.toStdString(), entities.list);
             std::setlocale(LC_NUMERIC, "C");
@@ -136,7 +136,7 @@ private slots:
             {QString(5000, 'x'), -1}, {folder().path(), 1}, {fifo, 2}, {"/dev/zero", 2},
             {write_file("empty.dxf", ""), 0}};
         for (const auto& [path, status] : rows) {
-            Entities entities;
+            OwnedEntities entities;
             const DXFL_Processing reader(path.toStdString(), entities.list);
             QVERIFY2(reader.get_file_status() == status && entities.list.empty(), qPrintable(path));
         }

@@ -8,20 +8,6 @@
 
 #include <sys/mman.h>
 
-#ifdef TOLMERA_WATCHED_MEMORY // by a sanitizer, piece by piece
-
-void* BlockMemory::take(std::size_t size)
-{
-    return ::operator new(size);
-}
-
-void BlockMemory::release(void* piece) noexcept
-{
-    ::operator delete(piece);
-}
-
-#else
-
 namespace
 {
 
@@ -85,5 +71,3 @@ void BlockMemory::release(void* piece) noexcept
     else
         ::munmap(block, block_size);
 }
-
-#endif

@@ -467,8 +467,8 @@ void MyMainWindow::about()
 {
     const QString name = rich_name(windowTitle());
     inform("About " + windowTitle(),
-           "<br /><b>" + name + "</b> v." + TOLMERA_VERSION +
-               ".<br /><br />Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
+           "<br /><b>" + name +
+               "</b> v.2.1.<br /><br />Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
                "<table>" +
                row("Phone", "+1 555 0100") +
                row("E-mail", "<a href=\"mailto:tolmera@lastrove.example\">tolmera@lastrove.example</a>") +

@@ -5,29 +5,15 @@
 #include "reference_reader.h"
 
 #include "Drawing/DXFL_Processing.h"
+#include "Drawing/OwnedEntities.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <list>
 #include <string_view>
 #include <vector>
-
-/// Entities as the reader gives them, which go with it.
-struct Entities {
-    Entities() = default;
-    ~Entities()
-    {
-        for (const DraftEntity* entity : list)
-            delete entity;
-    }
-    Entities(const Entities&) = delete;
-    Entities& operator=(const Entities&) = delete;
-
-    std::list<DraftEntity*> list;
-};
 
 inline void require(bool holds, const char* promise)
 {
@@ -73,7 +59,7 @@ inline void check_normal(DraftEntity& entity)
 }
 
 /// The extents are the ends of the sorted coordinates, to the sign of a zero. What is no number takes no part.
-inline void check_extents(const DXFL_Processing& reader, Entities& entities)
+inline void check_extents(const DXFL_Processing& reader, OwnedEntities& entities)
 {
     DRVect3d min_point(1, 2, 3);
     DRVect3d max_point(4, 5, 6);
@@ -106,7 +92,7 @@ inline void check_extents(const DXFL_Processing& reader, Entities& entities)
 }
 
 /// Checks what `reader` made of a file's bytes. The process's locale has to be C.
-inline void check_drawing(const DXFL_Processing& reader, Entities& entities, std::string_view bytes)
+inline void check_drawing(const DXFL_Processing& reader, OwnedEntities& entities, std::string_view bytes)
 {
     require(reader.get_file_status() == 0, "a regular file is read");
     const std::vector<ReferenceEntity> wanted = ReferenceReader::read(bytes);

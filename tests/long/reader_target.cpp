@@ -6,7 +6,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     const MemoryFile file(bytes, size);
-    Entities entities;
+    OwnedEntities entities;
     const DXFL_Processing reader(file.path(), entities.list);
     check_drawing(reader, entities, {reinterpret_cast<const char*>(bytes), size});
     return 0;

@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <list>
 #include <new>
 #include <string>
 #include <string_view>
@@ -21,6 +20,7 @@
 #include <unistd.h>
 
 #include "Drawing/DXFL_Processing.h"
+#include "Drawing/OwnedEntities.h"
 #include "Preview.h"
 
 namespace
@@ -39,20 +39,6 @@ constexpr const char* usage = "usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, 
 constexpr const char* too_much_time = "the drawing is too large: it cannot be drawn within 8 seconds";
 constexpr const char* too_much_memory = "the drawing is too large: it does not fit into 768 MiB of memory";
 constexpr const char* too_much_text = "the file is too large: it holds more than 256 MiB";
-
-/// The entities of a drawing, which it owns.
-struct Drawing {
-    std::list<DraftEntity*> entities;
-
-    Drawing() = default;
-    Drawing(const Drawing&) = delete;
-    Drawing& operator=(const Drawing&) = delete;
-    ~Drawing()
-    {
-        for (const DraftEntity* entity : entities)
-            delete entity;
-    }
-};
 
 /// The file that becomes the picture, for a signal handler to take away.
 char unfinished_file[PATH_MAX];
@@ -101,18 +87,18 @@ QImage picture_of(const char* file, int size)
     if (::stat(file, &facts) == 0 && S_ISREG(facts.st_mode) && facts.st_size > largest_file)
         fail(too_much_text);
 
-    Drawing drawing;
+    OwnedEntities drawing;
     bound_memory(memory_for_drawing);
-    const DXFL_Processing reader(file, drawing.entities);
+    const DXFL_Processing reader(file, drawing.list);
     if (reader.get_file_status() != 0)
         fail("the file cannot be read");
-    if (drawing.entities.empty())
+    if (drawing.list.empty())
         fail("the file holds no points, lines or faces");
 
     bound_memory(0);
-    if (!bring_into_view(drawing.entities, reader))
+    if (!bring_into_view(drawing.list, reader))
         fail("the drawing has no finite extents");
-    QImage picture = draw_preview(drawing.entities, size);
+    QImage picture = draw_preview(drawing.list, size);
     if (picture.isNull())
         fail("there is no OpenGL without a screen");
     return picture;

@@ -1,0 +1,21 @@
+// OwnedEntities: the entities of a drawing that no drawing window owns.
+// Filling the list is left to DXFL_Processing.
+#pragma once
+
+#include "DraftEntity.h"
+
+#include <list>
+
+/// An entity list that deletes its entities when it goes.
+struct OwnedEntities {
+    OwnedEntities() = default;
+    ~OwnedEntities()
+    {
+        for (const DraftEntity* entity : list)
+            delete entity;
+    }
+    OwnedEntities(const OwnedEntities&) = delete;
+    OwnedEntities& operator=(const OwnedEntities&) = delete;
+
+    std::list<DraftEntity*> list;
+};
