@@ -4,15 +4,17 @@
 
 #include <GL/gl.h>
 
+#include <cmath>
 #include <initializer_list>
 
 void set_up_lighting(double limit)
 {
     glDisable(GL_CULL_FACE);
 
-    // One light behind the viewer and one before, both at infinity. The first view of the process sets the
-    // distance for all later ones; of a light at infinity, a fourth component of 0, only the direction matters.
-    static const auto distance = static_cast<GLfloat>(10.0 * limit);
+    // One light behind the viewer and one before, both at infinity: the fourth component is 0, so only the direction
+    // counts. The first view of the process sets the distance for all later ones, so it has to be one whose square a
+    // float holds, even where that view's limit is 0, infinite or not a number.
+    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
     const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};

@@ -57,16 +57,6 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
     return (buttons & wanted) == wanted;
 }
 
-/// Takes back the drag cursors whose release will not come: another window or the end of the view takes it, or a next
-/// press shows that it was missed.
-void drop_stale_drag_cursors()
-{
-    for (const QCursor* cursor = QApplication::overrideCursor();
-         cursor != nullptr && (cursor->shape() == Qt::PointingHandCursor || cursor->shape() == Qt::SizeAllCursor);
-         cursor = QApplication::overrideCursor())
-        QApplication::restoreOverrideCursor();
-}
-
 } // namespace
 
 QGLEditor::QGLEditor(QWidget* parent) : QGLWidget(parent, nullptr, Qt::WindowFlags())
@@ -76,7 +66,7 @@ QGLEditor::QGLEditor(QWidget* parent) : QGLWidget(parent, nullptr, Qt::WindowFla
 
 QGLEditor::~QGLEditor()
 {
-    drop_stale_drag_cursors();
+    give_back_cursors();
     clear_drawing_objects();
 }
 
@@ -198,16 +188,29 @@ void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
     lastPos = event->pos();
     if (event->buttons() == event->button())
-        drop_stale_drag_cursors();
+        give_back_cursors(); // of a press whose release went elsewhere
     if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
-        QApplication::setOverrideCursor(Qt::SizeAllCursor);
+        push_cursor(Qt::SizeAllCursor);
     else if ((event->buttons() & (Qt::LeftButton | Qt::RightButton)) != 0)
-        QApplication::setOverrideCursor(Qt::PointingHandCursor);
+        push_cursor(Qt::PointingHandCursor);
 }
 
 void QGLEditor::mouseReleaseEvent(QMouseEvent* /*event*/)
 {
     QApplication::restoreOverrideCursor();
+    my_cursors = std::max(my_cursors - 1, 0);
+}
+
+void QGLEditor::push_cursor(Qt::CursorShape shape)
+{
+    QApplication::setOverrideCursor(shape);
+    ++my_cursors;
+}
+
+void QGLEditor::give_back_cursors()
+{
+    for (; my_cursors > 0; --my_cursors)
+        QApplication::restoreOverrideCursor();
 }
 
 void QGLEditor::mouseMoveEvent(QMouseEvent* event)
@@ -242,13 +245,6 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     event->accept(); // it comes ignored, and would go on to the parents
 }
 
-void QGLEditor::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
-        drop_stale_drag_cursors();
-    QGLWidget::changeEvent(event);
-}
-
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (holds(event->buttons(), Qt::LeftButton))
@@ -272,7 +268,7 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glPushMatrix();
     glLoadIdentity();
     const qreal pixels = devicePixelRatioF(); // the viewport counts the screen's pixels, an event the widget's
-    gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0, 3.0, viewport);
+    gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();
     glMatrixMode(GL_PROJECTION);
@@ -305,7 +301,7 @@ void QGLEditor::select_at(const QPoint& pos)
 void QGLEditor::choose_background()
 {
     const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
-    if (!newBgColor.isValid())
+    if (!newBgColor.isValid() || !isValid()) // without OpenGL there is no background
         return;
     makeCurrent();
     qglClearColor(newBgColor);

@@ -90,7 +90,6 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
     void initializeGL() override;
     void resizeGL(int wwidth, int wheight) override;
@@ -100,15 +99,17 @@ protected:
     /// counts as one pixel.
     void perspective_transformation(int cur_wwidth, int cur_wheight);
 
-    /// Draws the view in selection mode around a widget position, 3 x 3 pixels wide, and returns the number of hit
-    /// records in `buffer`, which holds `MaxSize` entries; a buffer that is too small gives a number beyond any real
-    /// one, and is filled up.
+    /// Draws the view in selection mode around a widget position, 3 x 3 widget pixels wide, and returns the number of
+    /// hit records in `buffer`, which holds `MaxSize` entries; a buffer that is too small gives a number beyond any
+    /// real one, and is filled up.
     unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
 
 private:
     void draw();
     void select_at(const QPoint& pos);
     void choose_background();
+    void push_cursor(Qt::CursorShape shape);
+    void give_back_cursors();
 
     GLdouble rotationX = 0.0;
     GLdouble rotationY = 0.0;
@@ -125,4 +126,5 @@ private:
     std::vector<GLObject*> drw_globjects; // owned
     unsigned long my_last_selected_entity_id = 0;
     Orientation_Mode drw_orientation = FRONT;
+    int my_cursors = 0; // override cursors pushed and not yet taken back
 };

@@ -71,8 +71,6 @@ private:
 
     static MyGlMDIChild* drawing_in(const QMdiSubWindow* frame);
     void discard(MyGlMDIChild* child);
-    void warn(const QString& text);
-    void inform(const QString& title, const QString& text);
     void orient(QGLEditor::Orientation_Mode mode);
     void render(GLObject::DRendering mode);
 

@@ -43,7 +43,6 @@ public:
     unsigned long faces() const { return drw_face_quantity; }
 
 private:
-    void warn(const QString& text);
     void take_extents(const DXFL_Processing& reader);
     void make_objects();
 

@@ -1,0 +1,35 @@
+// Boxes by QMessageBox, with nothing that a file's name could smuggle in.
+
+#include "Boxes.h"
+
+#include <QFile>
+#include <QMessageBox>
+#include <QRegularExpression>
+
+namespace
+{
+
+bool has_encoding(const QString& name)
+{
+    return !name.contains(QChar::ReplacementCharacter) && QFile::decodeName(QFile::encodeName(name)) == name;
+}
+
+} // namespace
+
+void warn(QWidget* parent, const QString& title, const QString& text)
+{
+    QMessageBox::warning(parent, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+}
+
+void inform(QWidget* parent, const QString& title, const QString& text)
+{
+    QMessageBox::information(parent, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+}
+
+QString rich_name(const QString& name)
+{
+    static const QRegularExpression opens_files("<.*(=|style)", QRegularExpression::CaseInsensitiveOption |
+                                                                    QRegularExpression::DotMatchesEverythingOption);
+    const QString text = name.contains(opens_files) ? QString(name).replace('<', "&lt;") : name;
+    return has_encoding(name) ? text : text + "<br />(this name is not in the encoding of the locale)";
+}
