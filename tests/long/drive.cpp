@@ -131,8 +131,8 @@ std::array<long, 4> holdings(const MyMainWindow& window)
             QApplication::allWidgets().size()};
 }
 
-/// Mesa keeps half a megabyte of each view that was ever picked in. So the mouse is used in one drawing that stays
-/// open, while the others come and go.
+/// Mesa never gives back some memory of a pick in a large drawing, and of a view that was picked in. So the mouse is
+/// used in the first file's drawing, which has to be small and stays open while the others come and go.
 void soak(int drawings, const QStringList& files)
 {
     auto window = std::make_unique<MyMainWindow>();
