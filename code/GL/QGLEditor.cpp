@@ -242,7 +242,7 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // it comes ignored, and would go on to the parents
+    event->accept(); // Qt delivers it ignored, and would pass it on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
@@ -267,7 +267,7 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const qreal pixels = devicePixelRatioF(); // the viewport counts the screen's pixels, an event the widget's
+    const qreal pixels = devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
     gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();
@@ -286,12 +286,12 @@ void QGLEditor::select_at(const QPoint& pos)
     if (sel_entity_quantity == 0)
         return;
 
-    // An overflow of the buffer, -1 as OpenGL tells it, is a full buffer.
+    // OpenGL reports an overflow as -1; the buffer is full then.
     const unsigned long loc_sel_entity_quantity =
         std::min<unsigned long>(sel_entity_quantity, bufMaxSize / entries_per_hit);
     my_last_selected_entity_id = front_name(sel_buffer, loc_sel_entity_quantity);
 
-    // Ids are consecutive in the order of the list.
+    // Ids are consecutive in list order.
     GLObject* first = get_drawing_object(0);
     GLObject* hit = first != nullptr ? get_drawing_object(my_last_selected_entity_id - first->local_id()) : nullptr;
     if (hit != nullptr && hit->local_id() == my_last_selected_entity_id)
