@@ -113,7 +113,7 @@ private:
         canvas.fill_triangle(corners[0], corners[2], corners[3], grey);
     }
 
-    /// A line with square ends, which is a square where the line has no length.
+    /// A line with square ends; a square where the line has no length.
     void draw_band(const DRVect3d& from, const DRVect3d& to, double width)
     {
         const double x = to.x() - from.x();
