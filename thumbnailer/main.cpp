@@ -108,9 +108,9 @@ bool receive(int pipe, std::string& bytes)
             continue;
         char buffer[65536];
         const ssize_t quantity = ::read(pipe, buffer, sizeof buffer);
-        if (quantity <= 0)
+        if (quantity == 0)
             return true;
-        bytes.append(buffer, static_cast<size_t>(quantity));
+        bytes.append(buffer, static_cast<size_t>(std::max<ssize_t>(quantity, 0)));
     }
     return false;
 }
