@@ -201,7 +201,10 @@ private slots:
         QFETCH(QString, arguments);
         QFETCH(QString, by);
         QFETCH(QByteArray, told);
+        QElapsedTimer timer;
+        timer.start();
         QCOMPARE(run(arguments, by), "1 tolmera-thumbnailer: " + told + "\n");
+        QVERIFY2(timer.elapsed() < 9000, "8 seconds, and some for the shell");
         QCOMPARE(state(), before);
     }
 
