@@ -88,7 +88,7 @@ QByteArray picture_of(const char* file, int size)
 /// The child's whole life: the picture goes into the pipe, or a reason to standard error.
 [[noreturn]] void draw_into(int pipe, const char* file, int size)
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // whoever ends the parent wants no picture
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // where the parent ends, nobody wants the picture any more
     bound_memory();
     const QByteArray png = picture_of(file, size);
     const bool sent = ::write(pipe, png.constData(), static_cast<size_t>(png.size())) == png.size();
@@ -125,10 +125,8 @@ std::string picture_from_child(const char* file, int size)
     ::close(ends[1]);
 
     std::string png;
-    if (!receive(ends[0], png)) {
-        ::kill(child, SIGKILL);
+    if (!receive(ends[0], png))
         fail("the drawing is too large: it cannot be drawn within 8 seconds");
-    }
     int status = 0;
     ::waitpid(child, &status, 0);
     if (WIFSIGNALED(status))
