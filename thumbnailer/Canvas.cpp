@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -20,7 +21,7 @@ std::pair<int, int> samples_between(double begin, double end, int side)
 } // namespace
 
 Canvas::Canvas(int side, unsigned char background)
-    : my_side(side), my_greys(side * side, background),
+    : my_side(side), my_greys(std::size_t{1} * side * side, background),
       my_depths(my_greys.size(), std::numeric_limits<float>::infinity())
 {
 }

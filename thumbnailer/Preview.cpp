@@ -28,11 +28,11 @@ constexpr unsigned char background = 128;
 constexpr unsigned char object_color = 245;
 constexpr double ambient = 10;
 
-constexpr double margin = 0.04;      // around the drawing, in parts of its reach
-constexpr int smoothing = 4;         // samples for one pixel, along each side
-constexpr double stroke = 1.5;       // of points and lines, in pixels at least
-constexpr double largest_point = 8;  // this part of the picture is the side of a point that is alone in it
-constexpr int faintest_contrast = 8; // to the background, that can still be seen
+constexpr double margin = 0.04;        // around the drawing, in parts of its reach
+constexpr int smoothing = 4;           // samples for one pixel, along each side
+constexpr double stroke = 1.5;         // of lines, and of points at least, in pixels
+constexpr double lone_point = 1.0 / 8; // the side of a point that is alone, in parts of the picture
+constexpr int faintest_contrast = 8;   // to the background, that can still be seen
 
 double dot(const DRVect3d& a, const DRVect3d& b)
 {
@@ -69,7 +69,7 @@ public:
     Painter(const SeenExtents& extents, int size, std::size_t quantity)
         : canvas(size * smoothing, background), my_center(extents.center), my_middle(size * smoothing / 2.0),
           my_scale(my_middle / (1 + margin) / (extents.reach > 0 ? extents.reach : 1)),
-          my_point_side(smoothing * std::max(stroke, size / largest_point / std::sqrt(static_cast<double>(quantity))))
+          my_point_side(smoothing * std::max(stroke, lone_point * size / std::sqrt(static_cast<double>(quantity))))
     {
     }
 

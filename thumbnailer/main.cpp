@@ -55,9 +55,8 @@ void bound_memory()
 #ifndef __SANITIZE_ADDRESS__ // which takes terabytes of addresses
     rlimit bound = {};
     ::getrlimit(RLIMIT_DATA, &bound);
-    bound.rlim_cur = bound.rlim_max = std::min(bound.rlim_max, most_memory);
-    if (::setrlimit(RLIMIT_DATA, &bound) != 0)
-        fail("the memory cannot be bounded");
+    bound.rlim_cur = std::min(bound.rlim_cur, most_memory);
+    ::setrlimit(RLIMIT_DATA, &bound); // succeeds, for it lowers a bound
 #endif
 }
 
@@ -89,7 +88,7 @@ QByteArray picture_of(const char* file, int size)
 /// The child's whole life: the picture goes into the pipe, or a reason to standard error.
 [[noreturn]] void draw_into(int pipe, const char* file, int size)
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // whoever ends the parent wants no picture
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // where the parent ends, nobody wants the picture any more
     bound_memory();
     const QByteArray png = picture_of(file, size);
     const bool sent = ::write(pipe, png.constData(), static_cast<size_t>(png.size())) == png.size();
@@ -126,10 +125,8 @@ std::string picture_from_child(const char* file, int size)
     ::close(ends[1]);
 
     std::string png;
-    if (!receive(ends[0], png)) {
-        ::kill(child, SIGKILL);
+    if (!receive(ends[0], png))
         fail("the drawing is too large: it cannot be drawn within 8 seconds");
-    }
     int status = 0;
     ::waitpid(child, &status, 0);
     if (WIFSIGNALED(status))
@@ -159,7 +156,7 @@ std::string write_picture(const std::string& png, const char* file, const char* 
     const int no_space = ::posix_fallocate(descriptor, 0, size);
     const bool written =
         no_space == 0 && ::write(descriptor, png.data(), png.size()) == size && ::ftruncate(descriptor, size) == 0;
-    const std::string problem = written ? "" : std::strerror(no_space != 0 ? no_space : errno);
+    std::string problem = written ? "" : std::strerror(no_space != 0 ? no_space : errno);
     if (!written && (exists ? ::ftruncate(descriptor, no_space != 0 ? facts.st_size : 0) : ::unlink(file)) != 0)
         return problem + ", and it is not as it was";
     ::close(descriptor);
