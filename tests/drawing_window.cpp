@@ -41,7 +41,7 @@ private slots:
                 window.show();
                 QVERIFY(QTest::qWaitForWindowExposed(&window));
                 window.updateGL();
-                QVERIFY(window.grabFrameBuffer().pixelColor(260, 190).lightness() > 250);
+                QVERIFY(frame(window).pixelColor(260, 190).lightness() > 250);
                 QVERIFY(window.drawing_min_point() == DRVect3d(-250, 0, 0.5) &&
                         window.drawing_max_point() == DRVect3d(4, 5, 7));
             }

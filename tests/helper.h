@@ -65,6 +65,14 @@ inline std::unique_ptr<DraftEntity> entity(DraftEntity::EntityType type, const s
     return made;
 }
 
+/// What is in the frame buffer of a view, whose context is current.
+inline QImage frame(const QWidget& view)
+{
+    QImage image(view.size() * view.devicePixelRatioF(), QImage::Format_RGB32);
+    glReadPixels(0, 0, image.width(), image.height(), GL_BGRA, GL_UNSIGNED_BYTE, image.bits());
+    return image.mirrored();
+}
+
 /// A view of entities that it owns, with its protected operations in the open.
 class View : public QGLEditor
 {
@@ -95,7 +103,7 @@ public:
     {
         makeCurrent();
         paintGL();
-        return grabFrameBuffer();
+        return frame(*this);
     }
 
     void mouse(QEvent::Type type, QPoint pos, Qt::MouseButton button, Qt::MouseButtons buttons)

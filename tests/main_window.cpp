@@ -209,7 +209,7 @@ private slots:
                          .value(0, window.menuBar()->actions().at(2)->menu());
         QMetaObject::invokeMethod(menu, "aboutToShow");
         QCOMPARE(told(menu), QString(expected).replace("|12 12", "|x 12 12"));
-        const int children = window.findChildren<QObject*>().size();
+        const auto children = window.findChildren<QObject*>().size();
         menu->actions().at(9 + 2)->trigger();
         QMetaObject::invokeMethod(menu, "aboutToShow");
         QCOMPARE(told(menu), QString(expected).replace("|&3 3", "|x &3 3"));

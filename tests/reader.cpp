@@ -133,7 +133,7 @@ private slots:
         QCOMPARE(mkfifo(QFile::encodeName(fifo), 0600), 0);
         QVERIFY(QFile::link(loop, loop));
         const std::pair<QString, int> rows[] = {{folder().filePath("missing"), -1}, {loop, -1},
-            {QString(5000, 'x'), -1}, {folder().path(), 1}, {fifo, 2}, {"/dev/zero", 2},
+            {QString(5000, 'x'), -1}, {folder().path(), 1}, {fifo, 0}, {"/dev/null", 0}, {"/dev/zero", 2},
             {write_file("empty.dxf", ""), 0}};
         for (const auto& [path, status] : rows) {
             OwnedEntities entities;

@@ -73,7 +73,7 @@ private slots:
             argv.push_back(nullptr);
             seen.clear();
             qInstallMessageHandler(nullptr); // each run begins as a process does
-            QCOMPARE(tolmera_main(words.size(), argv.data()), 0);
+            QCOMPARE(tolmera_main(static_cast<int>(words.size()), argv.data()), 0);
             QCOMPARE(seen, expected);
         }
     }

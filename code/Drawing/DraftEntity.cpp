@@ -24,12 +24,10 @@ unsigned int points_of(DraftEntity::EntityType type)
 
 } // namespace
 
-DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type)
+DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type), my_points(points_of(cur_type))
 {
-    const unsigned int quantity = points_of(cur_type);
-    my_points.reserve(quantity);
-    for (unsigned int i = 0; i < quantity; ++i)
-        my_points.push_back(new (BlockMemory::take(sizeof(DRVect3d))) DRVect3d);
+    for (DRVect3d*& point : my_points)
+        point = new (BlockMemory::take(sizeof *point)) DRVect3d;
 }
 
 DraftEntity::~DraftEntity()

@@ -238,7 +238,8 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const double numDegrees = -event->delta() / 8.0;
+    const QPoint turned = event->angleDelta(); // of which Qt 5's delta() gives one side in each of its events
+    const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();

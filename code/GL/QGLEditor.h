@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Drawing/DRVect3d.h"
+#include "GL/QtOpenGL.h"
 
-#include <QGLWidget>
 #include <QPoint>
 #include <QString>
 

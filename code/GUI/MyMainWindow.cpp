@@ -71,7 +71,8 @@ MyMainWindow::MyMainWindow()
     setCentralWidget(mdiArea);
     connect(mdiArea, SIGNAL(subWindowActivated(QMdiSubWindow*)), this, SLOT(updateMenus()));
     windowMapper = new QSignalMapper(this);
-    connect(windowMapper, SIGNAL(mapped(QWidget*)), this, SLOT(setActiveSubWindow(QWidget*)));
+    connect(windowMapper, &QSignalMapper::mappedObject, this,
+            [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
 
     createActions();
     createMenus();
@@ -255,7 +256,7 @@ void MyMainWindow::updateWindowMenu()
         action->setCheckable(true);
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
-        windowMapper->setMapping(action, windows.at(i));
+        windowMapper->setMapping(action, static_cast<QObject*>(windows.at(i)));
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }
