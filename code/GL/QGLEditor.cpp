@@ -3,7 +3,6 @@
 #include "QGLEditor.h"
 
 #include "GLObject.h"
-#include "Lighting.h"
 
 #include <GL/glu.h>
 
@@ -15,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <initializer_list>
 
 namespace
 {
@@ -55,6 +55,30 @@ GLuint front_name(const GLuint* buffer, unsigned long quantity)
 bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
 {
     return (buttons & wanted) == wanted;
+}
+
+/// Two opposite lights on the z axis of eye space, one behind the viewer and one before.
+void set_up_lights(double limit)
+{
+    // The fourth component is 0, so the lights are at infinity and only their directions count. The first view of the
+    // process sets the distance for all later ones, so it has to be one whose square a float holds, even where that
+    // view's limit is 0, infinite or not a number.
+    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
+    static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
+    static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
+    const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
+    const GLfloat diffuse[] = {1.0F, 1.0F, 1.0F, 1.0F};
+    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT0, GL_POSITION, position0);
+    glLightfv(GL_LIGHT1, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT1, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT1, GL_POSITION, position1);
+
+    const GLfloat lmodelAmbient[] = {0.2F, 0.2F, 0.2F, 1.0F};
+    const GLfloat localView[] = {0.0F};
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, lmodelAmbient);
+    glLightModelfv(GL_LIGHT_MODEL_LOCAL_VIEWER, localView);
 }
 
 } // namespace
@@ -127,7 +151,12 @@ QString QGLEditor::version_of_OpenGL() const
 void QGLEditor::initializeGL()
 {
     qglClearColor(Qt::darkGray);
-    set_up_lighting(drw_limit);
+    glDisable(GL_CULL_FACE);
+    set_up_lights(drw_limit);
+    glFrontFace(GL_CW);
+    for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
+        glEnable(capability);
+    glDepthFunc(GL_LESS);
 }
 
 void QGLEditor::resizeGL(int wwidth, int wheight)
@@ -268,7 +297,8 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const qreal pixels = devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
+    const qreal pixels =
+        devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
     gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();
