@@ -46,8 +46,8 @@ File open_file(const std::string& file_name)
 {
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
-    const int waiting = is_regular ? 0 : O_NONBLOCK | O_NOCTTY;
-    const int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | waiting);
+    // Some files of /proc, such as kmsg, wait although they count as regular.
+    const int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
         return nullptr;
     char character = 0;
