@@ -136,10 +136,9 @@ double compare(int rounds, const std::string& figure, const Work& ours, const st
 Work running(std::vector<std::string> command, double& peak, const char* preload)
 {
     return [=, &peak]() mutable {
-        std::vector<char*> arguments;
-        for (std::string& argument : command)
-            arguments.push_back(argument.data());
-        arguments.push_back(nullptr);
+        std::vector<char*> arguments(command.size() + 1); // the last one stays null
+        std::transform(command.begin(), command.end(), arguments.begin(),
+                       [](std::string& text) { return text.data(); });
         rusage used = {};
         int status = 0;
         const double seconds = seconds_of([&] {

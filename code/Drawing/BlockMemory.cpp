@@ -17,7 +17,7 @@ constexpr std::size_t pages_of_block = 128;
 struct alignas(page_size) Page {
     Page* block;        // the first page of its block
     std::size_t pieces; // in that page: those of the block that were handed out and not taken back
-    unsigned char memory[page_size - sizeof(Page*) - sizeof(std::size_t)];
+    unsigned char memory[page_size - sizeof(void*) - sizeof(std::size_t)];
 };
 
 Page* current = nullptr;
@@ -43,7 +43,8 @@ void begin_page()
 
 void* BlockMemory::take(std::size_t size)
 {
-    assert(size % alignof(double) == 0 && size <= sizeof(Page::memory));
+    size = (size + alignof(double) - 1) / alignof(double) * alignof(double);
+    assert(size <= sizeof(Page::memory));
     if (used + size > sizeof(Page::memory))
         begin_page();
     void* piece = current->memory + used;

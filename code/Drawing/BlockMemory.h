@@ -6,8 +6,7 @@
 
 /// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. A piece that is taken back
 /// is not handed out again; its block is given back, or begun anew, with the last piece in it. That suits the objects
-/// of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes whose size is a
-/// multiple of a double's.
+/// of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes.
 namespace BlockMemory
 {
 

@@ -110,8 +110,8 @@ private:
     {
         my_presence_banner |= codes;
         for (; codes != 0; codes &= codes - 1) {
-            const CoordinateGroup& group = coordinate_groups.at(static_cast<std::size_t>(__builtin_ctz(codes)));
-            my_entity->set_coordinate(value, group.coordinate, group.point);
+            const auto index = static_cast<unsigned int>(__builtin_ctz(codes));
+            my_entity->set_coordinate(value, static_cast<DraftEntity::Coordinate>(index % 3), index / 3);
         }
     }
 
@@ -180,45 +180,32 @@ bool DXFL_Processing::get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect
     struct Range {
         double min = std::numeric_limits<double>::infinity();
         double max = -std::numeric_limits<double>::infinity();
-
-        void add(double value)
-        {
-            if (value < min)
-                min = value;
-            if (value >= max)
-                max = value;
-        }
     };
-    Range x_range;
-    Range y_range;
-    Range z_range;
-
+    std::array<Range, 3> ranges;
     for (const DraftEntity* entity : drentity_lst) {
         const unsigned int quantity = entity->points();
         for (unsigned int i = 0; i < quantity; ++i) {
-            double x = 0.0;
-            double y = 0.0;
-            double z = 0.0;
-            entity->get_coordinates(x, y, z, i);
-            x_range.add(x);
-            y_range.add(y);
-            z_range.add(z);
+            std::array<double, 3> point{};
+            entity->get_coordinates(point[0], point[1], point[2], i);
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                Range& range = ranges[axis];
+                if (point[axis] < range.min)
+                    range.min = point[axis];
+                if (point[axis] >= range.max)
+                    range.max = point[axis];
+            }
         }
     }
 
     double limit = -1.0;
-    for (Range* range : {&x_range, &y_range, &z_range}) {
-        if (range->min > range->max)
-            range->min = range->max = std::numeric_limits<double>::quiet_NaN();
+    for (Range& range : ranges) {
+        if (range.min > range.max)
+            range.min = range.max = std::numeric_limits<double>::quiet_NaN();
         else
-            limit = std::max({limit, std::fabs(range->min), std::fabs(range->max)});
+            limit = std::max({limit, std::fabs(range.min), std::fabs(range.max)});
     }
-    min_pnt.x(x_range.min);
-    min_pnt.y(y_range.min);
-    min_pnt.z(z_range.min);
-    max_pnt.x(x_range.max);
-    max_pnt.y(y_range.max);
-    max_pnt.z(z_range.max);
+    min_pnt = {ranges[0].min, ranges[1].min, ranges[2].min};
+    max_pnt = {ranges[0].max, ranges[1].max, ranges[2].max};
     dlimit = limit < 0 ? std::numeric_limits<double>::quiet_NaN() : limit;
     return true;
 }

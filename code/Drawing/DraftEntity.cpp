@@ -4,6 +4,7 @@
 
 #include "BlockMemory.h"
 
+#include <array>
 #include <new>
 
 namespace
@@ -11,15 +12,9 @@ namespace
 
 unsigned int points_of(DraftEntity::EntityType type)
 {
-    switch (type) {
-    case DraftEntity::Point:
-        return 1;
-    case DraftEntity::Line:
-        return 2;
-    case DraftEntity::Face:
-        return 4;
-    }
-    return 0;
+    constexpr std::array<unsigned int, 3> points{1, 2, 4};
+    const auto index = static_cast<std::size_t>(type);
+    return index < points.size() ? points[index] : 0;
 }
 
 } // namespace

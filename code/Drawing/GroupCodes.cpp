@@ -1,18 +1,17 @@
-// What a line denotes: nothing at its first character that no group code has, else what the table or the test says.
+// What a line denotes: nothing if it holds a character that no group code has, else what the table or the test says.
 
 #include "GroupCodes.h"
+
+#include <cstddef>
 
 namespace
 {
 
-struct NamedCode {
-    const char* code;
-    Codes bit;
-};
+/// The code at index i has the bit 1 << i.
+constexpr std::array<const char*, 16> all_codes = {"10", "20", "30", "11", "21", "31", "12", "22",
+                                                   "32", "13", "23", "33", "0",  "2",  "5",  "8"};
 
-constexpr std::array<NamedCode, 4> named_codes{{{"0", code_0}, {"2", code_2}, {"5", code_5}, {"8", code_8}}};
-
-/// Whether a letter, a sign or a point, as nearly all values have, is among eight characters.
+/// Whether a letter, a sign or a point, one of which nearly every value has, is among eight characters of ASCII.
 bool has_letter_or_point(std::uint64_t characters)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
@@ -29,7 +28,7 @@ Codes GroupCodes::denoted_by(const Line& line)
         return 0;
     if (line.text.size() > sizeof line.head)
         return test(line.text);
-    // The high bits of the product depend on all characters; the factor is the golden ratio's.
+    // The high bits of the product depend on all characters; the factor is that of the golden ratio.
     Tested& tested = my_tested[line.head * 0x9E3779B97F4A7C15 >> 54];
     if (tested.line != line.head)
         tested = {line.head, test(line.text)};
@@ -38,17 +37,10 @@ Codes GroupCodes::denoted_by(const Line& line)
 
 Codes GroupCodes::test(std::string_view line) const
 {
-    if (line.find_first_not_of(code_characters) != std::string_view::npos)
-        return 0;
-    const auto denotes = [&](const char* code) {
-        return line.find(code) != std::string_view::npos && my_denotes(std::string(line), code);
-    };
     Codes codes = 0;
-    for (std::size_t i = 0; i < coordinate_groups.size(); ++i)
-        if (denotes(coordinate_groups[i].code))
-            codes |= 1U << i;
-    for (const NamedCode& named : named_codes)
-        if (denotes(named.code))
-            codes |= named.bit;
+    if (line.find_first_not_of(code_characters) == std::string_view::npos)
+        for (std::size_t i = 0; i < all_codes.size(); ++i)
+            if (line.find(all_codes[i]) != std::string_view::npos && my_denotes(std::string(line), all_codes[i]))
+                codes |= Codes{1} << i;
     return codes;
 }

@@ -38,22 +38,16 @@ const char* read_digits(const char* at, std::uint64_t& number)
     }
 }
 
-/// All of the grammar, in the C locale.
-double c_number(std::string_view text)
-{
-    static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
-    return strtod_l(std::string(text).c_str(), nullptr, c_locale);
-}
-
-/// from_chars rounds correctly; anything that it does not read whole goes to strtod.
+/// from_chars rounds correctly; anything that it does not read whole goes to the C library, in the C locale.
 double long_number(const char* begin, std::string_view text)
 {
+    static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
     const char* const end = text.data() + text.size();
     double value = 0.0;
     const auto [stop, error] = std::from_chars(begin, end, value);
     if (error == std::errc() && (stop == end || ends_number(*stop)) && std::isfinite(value))
         return value;
-    return c_number(text);
+    return strtod_l(std::string(text).c_str(), nullptr, c_locale);
 }
 
 } // namespace
