@@ -1,13 +1,10 @@
-// The benchmark: every figure beside what it is compared with, measured in turn in one run, as one table. Each time is
-// the least of its rounds, since whatever else the machine does can only add to it.
-// The inputs, the programs to start and the display are left to script/bench.
+// The benchmark: every figure beside what it is compared with, measured in turn in one run. Each time is the least of
+// its rounds, for whatever else the machine does can only add to it.
+// The drawings, the display and the page of the result are left to script/bench.
 
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
-#include "bare.h"
 #include "peers.h"
-#include "program.h"
-#include "table.h"
 #include "view.h"
 
 #include <benchmark/benchmark.h>
@@ -17,346 +14,287 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
-#include <fstream>
 #include <functional>
-#include <map>
-#include <memory>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include <malloc.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace
 {
 
-/// Something to measure; it returns the seconds that it took, without what it does before and after.
-struct Work {
-    std::string name;
-    std::function<double()> run;
-};
+/// Returns the seconds of what it measures, without what it does before and after.
+using Work = std::function<double()>;
 
+/// Keeps the least time of each work, which is named by its index.
 class LeastReporter : public benchmark::BenchmarkReporter
 {
 public:
+    explicit LeastReporter(std::size_t works) : least(works, std::numeric_limits<double>::infinity()) {}
     bool ReportContext(const Context& /*context*/) override { return true; }
-
     void ReportRuns(const std::vector<Run>& runs) override
     {
-        for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration)
-                continue;
-            const double took = run.GetAdjustedRealTime();
-            double& least = seconds.try_emplace(run.run_name.function_name, took).first->second;
-            least = std::min(least, took);
-        }
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration) {
+                double& seconds = least.at(std::stoul(run.run_name.function_name));
+                seconds = std::min(seconds, run.GetAdjustedRealTime());
+            }
     }
 
-    std::map<std::string, double> seconds;
+    std::vector<double> least;
 };
 
-/// Runs all works `rounds` times, in shuffled order, and returns the least time of each in seconds. None finds memory
-/// that another one left with the allocator, which would spare it the cost of getting its own.
-std::map<std::string, double> measure(int rounds, const std::vector<Work>& works)
+/// Runs all works `rounds` times, in shuffled order, and returns the least time of each. None finds memory that another
+/// one left with the allocator, which would spare it the cost of getting its own.
+std::vector<double> least_of(int rounds, const std::vector<Work>& works)
 {
-    for (const Work& work : works)
-        benchmark::RegisterBenchmark(work.name.c_str(),
-                                     [&work](benchmark::State& state) {
+    for (std::size_t i = 0; i < works.size(); ++i)
+        benchmark::RegisterBenchmark(std::to_string(i).c_str(),
+                                     [work = works[i]](benchmark::State& state) {
                                          for ([[maybe_unused]] auto step : state) {
                                              malloc_trim(0);
-                                             state.SetIterationTime(work.run());
+                                             state.SetIterationTime(work());
                                          }
                                      })
             ->UseManualTime()
             ->Iterations(1)
             ->Repetitions(rounds)
             ->Unit(benchmark::kSecond);
-    LeastReporter reporter;
+    LeastReporter reporter(works.size());
     benchmark::RunSpecifiedBenchmarks(&reporter, "all");
     benchmark::ClearRegisteredBenchmarks();
-    return reporter.seconds;
+    return reporter.least;
 }
 
-double median(std::vector<double> values)
+std::string rounded(double value, int decimals)
 {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    char text[64];
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    return text;
 }
 
-/// Reads the whole file, for the system may have dropped parts of it from the page cache since it was last read, and
-/// the disk is not what is measured.
-void bring_into_page_cache(const std::string& file)
+std::string time(double seconds)
 {
-    std::ifstream stream(file, std::ios::binary);
-    std::vector<char> piece(1 << 20);
-    while (stream.read(piece.data(), static_cast<std::streamsize>(piece.size())))
-        benchmark::ClobberMemory();
+    return seconds < 1e-4 ? rounded(1e9 * seconds, 0) + " ns"
+           : seconds < 1  ? rounded(1e3 * seconds, 1) + " ms"
+                          : rounded(seconds, 2) + " s";
 }
 
-double read(const std::string& file)
+std::string memory(double bytes)
 {
-    bring_into_page_cache(file);
-    OwnedEntities entities;
-    return seconds_of([&] { const DXFL_Processing reader(file, entities.list); });
+    return rounded(bytes / (1024 * 1024), 0) + " MiB";
 }
 
-double read_barely(const std::string& file)
+[[noreturn]] double fail(const std::string& who)
 {
-    bring_into_page_cache(file);
-    return seconds_of([&] {
-        std::FILE* stream = std::fopen(file.c_str(), "r");
-        int last = 0;
-        for (int c = std::fgetc(stream); c != EOF; c = std::fgetc(stream))
-            last = c;
-        benchmark::DoNotOptimize(last);
-        std::fclose(stream);
-    });
+    std::fprintf(stderr, "%s failed\n", who.c_str());
+    std::exit(2);
 }
 
-std::shared_ptr<std::deque<OwnedEntities>> read_often(const std::string& file, unsigned long times)
-{
-    auto drawings = std::make_shared<std::deque<OwnedEntities>>(times);
-    for (OwnedEntities& entities : *drawings)
-        const DXFL_Processing reader(file, entities.list);
-    return drawings;
-}
-
-double seconds_of_extents(std::list<DraftEntity*>& list)
-{
-    std::list<DraftEntity*> none;
-    const DXFL_Processing reader("", none);
-    DRVect3d min;
-    DRVect3d max;
-    double limit = 0.0;
-    return seconds_of([&] { reader.get_boundary(list, min, max, limit); });
-}
-
-double load(const std::string& file)
-{
-    bring_into_page_cache(file);
-    double seconds = 0.0;
-    {
-        View view;
-        seconds = seconds_of([&] { view.loadFile(QString::fromStdString(file)); });
-    }
-    malloc_trim(0);
-    return seconds;
-}
-
-/// What the benchmark works with, from its command line.
-struct Setting {
+/// A drawing, by its kind of entity and its number of them.
+struct Input {
     std::string folder;
+    std::string kind;
     unsigned long quantity;
-    std::string tolmera;
-    std::string first_swap;
-    std::string f3d; // empty where it is not installed
 
-    std::string file(const std::string& kind, unsigned long number) const
-    {
-        return folder + "/" + kind + "-" + std::to_string(number) + ".dxf";
-    }
+    std::string file() const { return folder + '/' + kind + '-' + std::to_string(quantity) + ".dxf"; }
+    std::string text() const { return std::to_string(quantity) + ' ' + kind; }
 };
 
-/// Measured before the process has a second thread, which would make every fgetc and every allocation dearer.
-void measure_reading(const Setting& setting, Table& table)
+constexpr const char* counting = "counting its characters";
+constexpr const char* row_format = "| %-24s | %8s | %-28s | %8s | %5s | %7s | %-6s |\n";
+
+bool targets_hold = true;
+
+/// Prints a row at once. The ratio of what Tolmera takes to what the other takes is at most `target`.
+void print_row(const std::string& figure, double ours, const std::string& other, double theirs, double target,
+               std::string (*text)(double) = time)
 {
-    for (const std::string kind : {"faces", "lines", "points"}) {
-        const std::string file = setting.file(kind, setting.quantity);
-        std::map<std::string, double> seconds =
-            measure(9, {{"fgetc", [&] { return read_barely(file); }}, {"read", [&] { return read(file); }}});
-        table.add({"read", number(setting.quantity) + " " + kind, time(seconds["read"]), "bare fgetc pass",
-                   time(seconds["fgetc"])},
-                  seconds["read"] / seconds["fgetc"], Target{2.3});
-    }
+    const bool holds = ours <= target * theirs;
+    targets_hold = targets_hold && holds;
+    std::printf(row_format, figure.c_str(), text(ours).c_str(), other.c_str(), text(theirs).c_str(),
+                rounded(ours / theirs, 3).c_str(), rounded(target, 3).c_str(), holds ? "holds" : "MISSED");
+    std::fflush(stdout);
 }
 
-void measure_peers(const Setting& setting, Table& table)
+/// Measures two works, prints a row and returns the other's seconds.
+double compare(int rounds, const std::string& figure, const Work& ours, const std::string& other, const Work& theirs,
+               double target)
 {
-    const std::string faces = setting.file("faces", setting.quantity);
-    std::vector<Work> works = {{"read", [&] { return read(faces); }}};
-    for (const Peer& peer : peers()) {
-        if (peer.read == nullptr)
-            std::fprintf(stderr, "%s is not installed: skipped\n", peer.name);
-        else
-            works.push_back({peer.name, [&faces, &peer] {
-                                 bring_into_page_cache(faces);
-                                 return seconds_of([&] { peer.read(faces.c_str()); });
-                             }});
-    }
-    std::map<std::string, double> seconds = measure(7, works);
-    for (const Peer& peer : peers())
-        if (peer.read != nullptr)
-            table.add({"read", number(setting.quantity) + " faces", time(seconds["read"]), peer.name,
-                       time(seconds[peer.name])},
-                      seconds["read"] / seconds[peer.name], Target{peer.most});
+    std::fprintf(stderr, "Measuring %s beside %s\n", figure.c_str(), other.c_str());
+    const std::vector<double> seconds = least_of(rounds, {ours, theirs});
+    print_row(figure, seconds[0], other, seconds[1], target);
+    return seconds[1];
 }
 
-void measure_extents(const Setting& setting, Table& table)
+/// The run of a command to its end, in which `peak` becomes the least of itself and the command's largest resident set,
+/// in bytes. The benchmark ends where the command fails or takes a minute.
+Work running(std::vector<std::string> command, double& peak, const char* preload)
 {
-    const std::string faces = setting.file("faces", setting.quantity);
-    const auto drawing = read_often(faces, 1);
-    std::map<std::string, double> seconds =
-        measure(9, {{"read", [&] { return read(faces); }},
-                    {"extents", [&] { return seconds_of_extents(drawing->front().list); }}});
-    table.add({"extents", number(setting.quantity) + " faces", time(seconds["extents"]), "read", time(seconds["read"])},
-              seconds["extents"] / seconds["read"], Target{0.03});
-}
-
-void measure_loading(const Setting& setting, Table& table)
-{
-    const std::string faces = setting.file("faces", setting.quantity);
-    std::map<std::string, double> seconds =
-        measure(9, {{"read", [&] { return read(faces); }}, {"load", [&] { return load(faces); }}});
-    const double rest = seconds["load"] - seconds["read"];
-    table.add({"load without the read", number(setting.quantity) + " faces", time(rest), "read", time(seconds["read"])},
-              rest / seconds["read"], Target{0.35});
-}
-
-struct Repaint {
-    const char* figure;
-    const char* kind;
-    GLObject::DRendering mode;
-    void (*draw_bare)(const std::vector<BareEntity>& entities);
-};
-
-constexpr Repaint repaints[] = {
-    {"repaint, wireframe", "faces", GLObject::WIREFRAME, draw_bare_wireframe},
-    {"repaint, solid", "faces", GLObject::SOLID, draw_bare_solid},
-    {"repaint", "lines", GLObject::WIREFRAME, draw_bare_lines},
-    {"repaint", "points", GLObject::WIREFRAME, draw_bare_points},
-};
-
-void measure_repaints(const Setting& setting, Table& table)
-{
-    for (const Repaint& repaint : repaints) {
-        const std::string file = setting.file(repaint.kind, setting.quantity);
-        const std::vector<BareEntity> entities = read_bare_entities(file);
-        View view(file);
-        view.render(repaint.mode);
-        std::map<std::string, double> seconds =
-            measure(15, {{"repaint", [&] { return view.repaint_seconds(); }},
-                         {"bare", [&] { return view.bare_repaint_seconds([&] { repaint.draw_bare(entities); }); }}});
-        table.add({repaint.figure, number(setting.quantity) + " " + repaint.kind, time(seconds["repaint"]),
-                   "bare loop of the same calls", time(seconds["bare"])},
-                  seconds["repaint"] / seconds["bare"], Target{1.12});
-    }
-}
-
-void measure_pick(const Setting& setting, Table& table)
-{
-    const unsigned long quantity = std::max(setting.quantity / 10, 1UL);
-    const std::string file = setting.file("faces", quantity);
-    const std::vector<BareEntity> entities = read_bare_entities(file);
-    View view(file);
-    view.repaint_seconds();
-    std::map<std::string, double> seconds =
-        measure(15, {{"pick", [&] { return view.pick_seconds(); }},
-                     {"bare", [&] { return view.bare_pick_seconds([&] { draw_bare_wireframe(entities); }); }}});
-    table.add(
-        {"pick", number(quantity) + " faces", time(seconds["pick"]), "bare selection pass", time(seconds["bare"])},
-        seconds["pick"] / seconds["bare"], {});
-}
-
-/// The cost of each face in a drawing, in one a tenth and in one a hundredth its size. The smaller ones are measured
-/// as many times in a row as makes them as long, so that what disturbs the machine meets all alike; the extents over as
-/// many lists, so that the processor's caches hold none of them.
-void measure_growth(const Setting& setting, Table& table)
-{
-    const std::vector<unsigned long> quantities = {setting.quantity / 100, setting.quantity / 10, setting.quantity};
-    std::vector<std::unique_ptr<View>> views;
-    std::vector<Work> works;
-    for (const unsigned long quantity : quantities) {
-        const std::string file = setting.file("faces", quantity);
-        const unsigned long times = setting.quantity / quantity;
-        views.push_back(std::make_unique<View>(file));
-        const auto add = [&](const std::string& figure, const std::function<double()>& run) {
-            works.push_back({figure + " " + std::to_string(quantity), [run, times] {
-                                 double seconds = 0.0;
-                                 for (unsigned long i = 0; i < times; ++i)
-                                     seconds += run();
-                                 return seconds;
-                             }});
-        };
-        add("read", [file] { return read(file); });
-        add("extents", [drawings = read_often(file, times), next = std::size_t{0}]() mutable {
-            return seconds_of_extents(drawings->at(next++ % drawings->size()).list);
+    return [=, &peak]() mutable {
+        std::vector<char*> arguments(command.size() + 1); // the last one stays null
+        std::transform(command.begin(), command.end(), arguments.begin(),
+                       [](std::string& text) { return text.data(); });
+        rusage used = {};
+        int status = 0;
+        const double seconds = seconds_of([&] {
+            const pid_t process = ::fork();
+            if (process == 0) {
+                ::setenv("LD_PRELOAD", preload, 1);
+                ::alarm(60);
+                ::execvp(arguments[0], arguments.data());
+                ::_exit(127);
+            }
+            ::wait4(process, &status, 0, &used);
         });
-        add("load", [file] { return load(file); });
-        add("repaint", [view = views.back().get()] { return view->repaint_seconds(); });
-        add("pick", [view = views.back().get()] { return view->pick_seconds(); });
-    }
-    std::map<std::string, double> seconds = measure(7, works);
-    for (const std::string figure : {"read", "extents", "load", "repaint", "pick"}) {
-        const auto each = [&](unsigned long quantity) {
-            return seconds[figure + " " + std::to_string(quantity)] / static_cast<double>(setting.quantity);
-        };
-        table.add({"growth of " + figure, number(quantities[2]) + " faces", time(each(quantities[2])) + " a face",
-                   number(quantities[1]) + " and " + number(quantities[0]) + " faces",
-                   time(each(quantities[1])) + " and " + time(each(quantities[0]))},
-                  each(quantities[2]) / each(quantities[0]), Target{1.2});
+        peak = std::min(peak, 1024.0 * static_cast<double>(used.ru_maxrss));
+        return status == 0 ? seconds : fail(command[0]);
+    };
+}
+
+/// Measured before this process has grown, for a child's largest resident set counts from its parent's on.
+void measure_programs(const Input& faces, const std::string& f3d)
+{
+    const std::string file = faces.file();
+    const std::string picture = faces.folder + "/preview.png";
+    double peak = std::numeric_limits<double>::infinity();
+    double f3d_peak = peak;
+    // F3D's view is as large as a drawing's window wants to be, and no configuration file changes how it looks.
+    compare(5, "first picture", running({TOLMERA, file}, peak, FIRST_SWAP), f3d,
+            running({"f3d", "--dry-run", "--resolution=400,500", file}, f3d_peak, FIRST_SWAP), 0.48);
+    print_row("peak memory until then", peak, f3d, f3d_peak, 0.59, memory);
+    compare(3, "preview, 256 x 256", running({THUMBNAILER, "-s", "256", file, picture}, peak, ""), f3d,
+            running({"f3d", "--dry-run", "--resolution=256,256", "--output=" + picture, file}, f3d_peak, ""), 0.6);
+}
+
+Work reading(const std::string& file)
+{
+    return [file] {
+        OwnedEntities entities;
+        return seconds_of([&] { const DXFL_Processing reader(file, entities.list); });
+    };
+}
+
+Work bare_pass(const std::string& file)
+{
+    return [file] {
+        unsigned long quantity = 0;
+        const double seconds = seconds_of([&] {
+            std::FILE* stream = std::fopen(file.c_str(), "r");
+            while (std::fgetc(stream) != EOF)
+                ++quantity;
+            std::fclose(stream);
+        });
+        return quantity > 0 ? seconds : fail(file);
+    };
+}
+
+Work loading(const std::string& file)
+{
+    return [file] {
+        View view;
+        return seconds_of([&] { view.loadFile(QString::fromStdString(file)); });
+    };
+}
+
+/// `slower_at_least` says how many times as long as Tolmera's reader the other one takes.
+void measure_peer(const Input& faces, const std::string& name, unsigned long (*read_faces)(const std::string& file),
+                  double slower_at_least)
+{
+    const auto its_reading = [&] {
+        unsigned long quantity = 0;
+        const double seconds = seconds_of([&] { quantity = read_faces(faces.file()); });
+        return quantity == faces.quantity ? seconds : fail(name);
+    };
+    compare(3, "read " + faces.text(), reading(faces.file()), name, its_reading, 1 / slower_at_least);
+}
+
+void measure_extents(const Input& faces, double bare_seconds)
+{
+    OwnedEntities entities;
+    const DXFL_Processing reader(faces.file(), entities.list);
+    DRVect3d corners[2];
+    double limit = 0.0;
+    const auto get = [&] { reader.get_boundary(entities.list, corners[0], corners[1], limit); };
+    const double seconds = least_of(9, {[&] { return seconds_of(get); }})[0];
+    print_row("extents", seconds, counting, bare_seconds, 0.05);
+}
+
+void measure_loading(const Input& faces, double bare_seconds)
+{
+    const std::vector<double> seconds = least_of(9, {reading(faces.file()), loading(faces.file())});
+    print_row("load without the read", seconds[1] - seconds[0], counting, bare_seconds, 0.15);
+}
+
+void measure_repaints(const Input& faces)
+{
+    const std::vector<BareFace> bare_faces = read_bare_faces(faces.file());
+    View view(faces.file());
+    for (const GLObject::DRendering mode : {GLObject::WIREFRAME, GLObject::SOLID}) {
+        const auto ours = [&] { return view.repaint_seconds(); };
+        const auto bare = [&] { return view.bare_repaint_seconds(bare_faces, mode); };
+        view.render(mode);
+        compare(9, mode == GLObject::SOLID ? "repaint, solid" : "repaint, wireframe", ours,
+                "bare loop of the same calls", bare, 1.08);
     }
 }
 
-void measure_first_picture(const Setting& setting, Table& table)
+/// The cost of a face in a drawing and in one a hundredth its size. The small one is measured a hundred times in a row,
+/// so that what disturbs the machine meets both alike.
+void measure_growth(const Input& faces)
 {
-    const std::string faces = setting.file("faces", setting.quantity);
-    std::map<std::string, std::vector<double>> peaks;
-    const auto show = [&](const std::string& name, const std::vector<std::string>& command) {
-        bring_into_page_cache(faces);
-        const FirstPicture picture = show_first_picture(command, setting.first_swap);
-        peaks[name].push_back(picture.peak_bytes);
-        return picture.seconds;
+    const Input few = {faces.folder, faces.kind, faces.quantity / 100};
+    const auto compare_growth = [&](const std::string& name, const Work& large, const Work& small) {
+        const auto quantity = static_cast<double>(faces.quantity);
+        const auto often = [&] {
+            double sum = 0.0;
+            for (int i = 0; i < 100; ++i)
+                sum += small();
+            return sum / quantity;
+        };
+        compare(
+            5, name + ", each face", [&] { return large() / quantity; }, "one of " + few.text(), often, 1.1);
     };
-    std::vector<Work> works = {{"Tolmera", [&] { return show("Tolmera", {setting.tolmera, faces}); }}};
-    // F3D's view is as large as a drawing's window wants to be, and no configuration file changes how it looks.
-    if (setting.f3d.empty())
-        std::fputs("F3D is not installed: skipped\n", stderr);
-    else
-        works.push_back({"F3D", [&] {
-                             return show("F3D", {setting.f3d, "--dry-run", "--resolution=400,500", faces});
-                         }});
-    std::map<std::string, double> seconds = measure(7, works);
-
-    const double peak = median(peaks["Tolmera"]);
-    Comparison picture = {"first picture", number(setting.quantity) + " faces", time(seconds["Tolmera"]), "", ""};
-    Comparison resident = {
-        "peak memory", picture.input,
-        memory(peak) + ", " + number(static_cast<unsigned long>(peak) / setting.quantity) + " bytes a face", "", ""};
-    if (setting.f3d.empty()) {
-        table.add(picture, {}, {});
-        table.add(resident, {}, {});
-        return;
-    }
-    picture.compared_with = resident.compared_with = "F3D";
-    picture.its_measured = time(seconds["F3D"]);
-    resident.its_measured = memory(median(peaks["F3D"]));
-    table.add(picture, seconds["Tolmera"] / seconds["F3D"], Target{0.75});
-    table.add(resident, peak / median(peaks["F3D"]), Target{0.62});
+    View large(faces.file());
+    View small(few.file());
+    compare_growth("read", reading(faces.file()), reading(few.file()));
+    compare_growth("load", loading(faces.file()), loading(few.file()));
+    compare_growth(
+        "repaint", [&] { return large.repaint_seconds(); }, [&] { return small.repaint_seconds(); });
+    compare_growth(
+        "pick", [&] { return large.pick_seconds(); }, [&] { return small.pick_seconds(); });
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 6) {
-        std::fputs("usage: tolmera_bench FOLDER QUANTITY TOLMERA FIRST_SWAP F3D\n", stderr);
-        return 2;
-    }
-    const Setting setting = {argv[1], std::strtoul(argv[2], nullptr, 10), argv[3], argv[4], argv[5]};
-    std::string interleave = "--benchmark_enable_random_interleaving=true";
-    char* options[] = {argv[0], interleave.data(), nullptr};
+    if (argc != 4)
+        fail("tolmera_bench FOLDER QUANTITY F3D-AND-ITS-VERSION");
+    std::string shuffled = "--benchmark_enable_random_interleaving=true";
+    char* options[] = {argv[0], shuffled.data(), nullptr};
     int option_quantity = 2;
     benchmark::Initialize(&option_quantity, options);
-
-    Table table;
-    measure_reading(setting, table);
-    measure_peers(setting, table);
-    measure_extents(setting, table);
+    const Input faces = {argv[1], "faces", std::strtoul(argv[2], nullptr, 10)};
+    std::printf(row_format, "figure", "Tolmera", "compared with", "takes", "ratio", "at most", "target");
+    std::printf(row_format, "---", "---:", "---", "---:", "---:", "---:", "---");
+    measure_programs(faces, argv[3]);
+    // Before the process has a second thread, which would make every fgetc and every allocation dearer.
+    double bare_seconds = 0.0;
+    for (const Input& input :
+         {Input{faces.folder, "points", faces.quantity}, {faces.folder, "lines", faces.quantity}, faces})
+        bare_seconds =
+            compare(9, "read " + input.text(), reading(input.file()), counting, bare_pass(input.file()), 0.9);
+    measure_peer(faces, assimp_name(), read_with_assimp, 2.9);
+    measure_peer(faces, "dxflib " DL_VERSION, read_with_dxflib, 15);
+    measure_extents(faces, bare_seconds);
     const QApplication app(argc, argv);
-    measure_loading(setting, table);
-    measure_repaints(setting, table);
-    measure_pick(setting, table);
-    measure_growth(setting, table);
-    measure_first_picture(setting, table);
-    return table.print() ? 0 : 1;
+    measure_loading(faces, bare_seconds);
+    measure_repaints(faces);
+    measure_growth(faces);
+    return targets_hold ? 0 : 1;
 }

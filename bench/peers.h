@@ -1,15 +1,38 @@
-// The other readers of DXF files that the benchmark compares with.
+// The other readers of DXF files, each at its least work: Assimp's faces pass through no post-processing, dxflib's are
+// only counted.
 #pragma once
 
-#include <vector>
+#include <assimp/Importer.hpp>
+#include <assimp/scene.h>
+#include <assimp/version.h>
+#include <dxflib/dl_creationadapter.h>
+#include <dxflib/dl_dxf.h>
 
-/// A reader by its name, and the most of its time that Tolmera's reader may take. `read` reads a whole file and
-/// returns the number of faces that it found; it is null where the reader was not installed when the benchmark was
-/// built.
-struct Peer {
-    const char* name;
-    double most;
-    unsigned long (*read)(const char* file_name);
-};
+#include <string>
 
-const std::vector<Peer>& peers();
+inline std::string assimp_name()
+{
+    return "Assimp " + std::to_string(aiGetVersionMajor()) + '.' + std::to_string(aiGetVersionMinor()) + '.' +
+           std::to_string(aiGetVersionPatch());
+}
+
+/// Both return the number of faces that they read.
+inline unsigned long read_with_assimp(const std::string& file)
+{
+    Assimp::Importer importer;
+    const aiScene* scene = importer.ReadFile(file, 0);
+    unsigned long faces = 0;
+    for (unsigned int i = 0; scene != nullptr && i < scene->mNumMeshes; ++i)
+        faces += scene->mMeshes[i]->mNumFaces;
+    return faces;
+}
+
+inline unsigned long read_with_dxflib(const std::string& file)
+{
+    struct FaceCounter : DL_CreationAdapter {
+        unsigned long faces = 0;
+        void add3dFace(const DL_3dFaceData& /*face*/) override { ++faces; }
+    } counter;
+    DL_Dxf().in(file, &counter);
+    return counter.faces;
+}

@@ -1,12 +1,17 @@
-// A drawing window of 800 x 600 pixels, with its repaint and its pick open to be measured.
+// A drawing window with its repaint and its pick open to be measured, and the limit of a repaint: the same OpenGL
+// calls, sent from one flat array and by nothing else.
 #pragma once
 
+#include "Drawing/OwnedEntities.h"
 #include "GL/GLObject.h"
 #include "GUI/File/MyGlMDIChild.h"
 
+#include <QMouseEvent>
+#include <QTest>
+
 #include <chrono>
-#include <functional>
 #include <string>
+#include <vector>
 
 /// The seconds that `work` takes.
 template <typename Work> double seconds_of(Work work)
@@ -16,23 +21,107 @@ template <typename Work> double seconds_of(Work work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+struct BareFace {
+    GLdouble corners[4][3];
+    GLdouble normal[3];
+};
+
+inline std::vector<BareFace> read_bare_faces(const std::string& file)
+{
+    OwnedEntities entities;
+    const DXFL_Processing reader(file, entities.list);
+    std::vector<BareFace> faces;
+    faces.reserve(entities.list.size());
+    for (DraftEntity* entity : entities.list) {
+        entity->compute_normal();
+        const DRVect3d normal = entity->get_normal();
+        BareFace face = {{}, {normal.x(), normal.y(), normal.z()}};
+        for (unsigned int i = 0; i < entity->points(); ++i)
+            entity->get_coordinates(face.corners[i][0], face.corners[i][1], face.corners[i][2], i);
+        faces.push_back(face);
+    }
+    return faces;
+}
+
+/// The calls for faces with default colours, from the name 1024 on.
+inline void draw_bare_faces(const std::vector<BareFace>& faces, GLObject::DRendering mode)
+{
+    const GLfloat diffuse[] = {0.961F, 0.961F, 0.961F, 1.0F};
+    GLuint name = 1024;
+    for (const BareFace& face : faces) {
+        glDisable(GL_LIGHTING);
+        glLoadName(name++);
+        if (mode == GLObject::SOLID) {
+            glEnable(GL_LIGHTING);
+            glBegin(GL_QUADS);
+            glMaterialfv(GL_FRONT, GL_DIFFUSE, diffuse);
+            glNormal3d(face.normal[0], face.normal[1], face.normal[2]);
+            for (const auto& corner : face.corners)
+                glVertex3dv(corner);
+        } else {
+            glLineWidth(1.0F);
+            glBegin(GL_LINES);
+            glColor3d(0.961, 0.961, 0.961);
+            for (int i = 0; i < 4; ++i) {
+                glVertex3dv(face.corners[i]);
+                glVertex3dv(face.corners[(i + 1) % 4]);
+            }
+        }
+        glEnd();
+    }
+}
+
 class View : public MyGlMDIChild
 {
 public:
     /// An empty window, not shown.
     View() : MyGlMDIChild(nullptr) {}
 
-    /// Loads the file and shows it.
-    explicit View(const std::string& file);
+    /// Loads the file and shows it, 800 x 600 pixels large.
+    explicit View(const std::string& file) : MyGlMDIChild(nullptr)
+    {
+        loadFile(QString::fromStdString(file));
+        resize(800, 600);
+        show();
+        if (!QTest::qWaitForWindowExposed(this))
+            qFatal("The window did not come up.");
+    }
 
     /// Draws faces in this mode from the next repaint on.
-    void render(GLObject::DRendering mode);
+    void render(GLObject::DRendering mode)
+    {
+        for (unsigned long i = 0; i < quantity_of_drawing_objects(); ++i)
+            get_drawing_object(i)->rendering(mode);
+    }
 
-    /// The seconds of a repaint, and of the same one with `draw` instead of the objects, until OpenGL has finished.
-    double repaint_seconds();
-    double bare_repaint_seconds(const std::function<void()>& draw);
+    /// The seconds until OpenGL has finished a repaint, and one that sends `faces` instead of the objects.
+    double repaint_seconds()
+    {
+        return seconds_to_finish([&] { paintGL(); });
+    }
+    double bare_repaint_seconds(const std::vector<BareFace>& faces, GLObject::DRendering mode)
+    {
+        return seconds_to_finish([&] {
+            glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+            draw_bare_faces(faces, mode);
+        });
+    }
 
-    /// The seconds of a left double-click in the middle, and of a selection pass there that draws by `draw`.
-    double pick_seconds();
-    double bare_pick_seconds(const std::function<void()>& draw);
+    /// The seconds of a left double-click in the middle.
+    double pick_seconds()
+    {
+        QMouseEvent event(QEvent::MouseButtonDblClick, rect().center(), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        return seconds_of([&] { mouseDoubleClickEvent(&event); });
+    }
+
+private:
+    template <typename Drawing> double seconds_to_finish(Drawing drawing)
+    {
+        makeCurrent();
+        glFinish();
+        return seconds_of([&] {
+            drawing();
+            glFinish();
+        });
+    }
 };

@@ -1,5 +1,5 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop; and the last words where
-// memory or the display is missing.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop. And the end where memory or
+// the display is missing.
 
 #include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
@@ -20,7 +20,7 @@
 namespace
 {
 
-/// Leaves at once, without a destructor: there is no memory to run them with, and no setting is written half.
+/// Leaves at once: without memory no destructor can be relied on, and no setting may be left half written.
 [[noreturn]] void end_without_memory()
 {
     constexpr std::string_view text = "Tolmera: out of memory\n";
@@ -30,8 +30,8 @@ namespace
 
 QtMessageHandler default_handler = nullptr;
 
-/// A fatal message, such as Qt's of a display that cannot be reached, ends the program with an exit code, where Qt
-/// would leave a core dump.
+/// Ends the program with an exit code after a fatal message, such as Qt's when no display can be reached. Qt would
+/// leave a core dump.
 void handle_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     default_handler(type, context, message);
@@ -86,7 +86,7 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
-    if (!mainWin.isVisible()) // closed while the splash screen went, so no last window is left to end the loop
+    if (!mainWin.isVisible()) // closed while the splash screen went: no last window is left whose end would end the loop
         QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();
 }

@@ -6,10 +6,11 @@
 
 /// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. A piece that is taken back
 /// is not handed out again; its block is given back, or begun anew, with the last piece in it. That suits the objects
-/// of a drawing, which come and go together. For one thread, and for pieces far smaller than a block.
+/// of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes.
 namespace BlockMemory
 {
 
+/// Throws bad_alloc where memory ends.
 void* take(std::size_t size);
 
 /// Takes back what take() gave.

@@ -22,8 +22,9 @@ public:
     ~DXFL_Processing() = default;
 
     /// 0: the file was read. -1: the path cannot be queried. 1: it is a directory (or a socket or block device, which
-    /// share the directory's mode bit). 2: the file cannot be opened for reading; a FIFO or a character device never
-    /// is, for reading one may have no end.
+    /// share the directory's mode bit). 2: the file cannot be opened for reading. A FIFO or a
+    /// character device that ends at once, without waiting for anybody, counts as an empty file; any other one gets
+    /// 2, for reading it may have no end.
     int get_file_status() const { return file_status; }
 
     /// The extents of `drentity_lst` in model coordinates: its smallest and its largest x, y and z, and the largest

@@ -4,6 +4,7 @@
 
 #include "BlockMemory.h"
 
+#include <array>
 #include <new>
 
 namespace
@@ -11,25 +12,17 @@ namespace
 
 unsigned int points_of(DraftEntity::EntityType type)
 {
-    switch (type) {
-    case DraftEntity::Point:
-        return 1;
-    case DraftEntity::Line:
-        return 2;
-    case DraftEntity::Face:
-        return 4;
-    }
-    return 0;
+    constexpr std::array<unsigned int, 3> points{1, 2, 4};
+    const auto index = static_cast<std::size_t>(type);
+    return index < points.size() ? points[index] : 0;
 }
 
 } // namespace
 
-DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type)
+DraftEntity::DraftEntity(EntityType cur_type) : my_type(cur_type), my_points(points_of(cur_type))
 {
-    const unsigned int quantity = points_of(cur_type);
-    my_points.reserve(quantity);
-    for (unsigned int i = 0; i < quantity; ++i)
-        my_points.push_back(new (BlockMemory::take(sizeof(DRVect3d))) DRVect3d);
+    for (DRVect3d*& point : my_points)
+        point = new (BlockMemory::take(sizeof *point)) DRVect3d;
 }
 
 DraftEntity::~DraftEntity()

@@ -4,42 +4,64 @@
 
 #include <cstring>
 
+#include <endian.h>
+
 namespace
 {
 
 constexpr std::size_t first_block_size = std::size_t{64} * 1024;
+constexpr std::size_t word_size = sizeof Line::head;
+
+std::uint64_t word_at(const char* text)
+{
+    std::uint64_t word = 0;
+    std::memcpy(&word, text, word_size);
+    return le64toh(word);
+}
+
+/// A bit in the first byte of `word` that is LF, and perhaps bits above it; 0 where there is no LF.
+std::uint64_t line_feeds(std::uint64_t word)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const std::uint64_t differences = word ^ ones * '\n';
+    return (differences - ones) & ~differences & ones << 7;
+}
 
 } // namespace
 
-LineReader::LineReader(std::FILE* file) : my_file(file), my_block(first_block_size) {}
+/// A word is read at a time, so the block has room for one behind its end.
+LineReader::LineReader(std::FILE* file) : my_file(file), my_block(first_block_size + word_size) {}
 
-bool LineReader::next(std::string_view& line)
+bool LineReader::next(Line& line)
 {
-    std::size_t searched = my_begin;
-    for (;;) {
-        const void* found = std::memchr(my_block.data() + searched, '\n', my_end - searched);
-        if (found != nullptr) {
-            const char* begin = my_block.data() + my_begin;
-            line = {begin, static_cast<std::size_t>(static_cast<const char*>(found) + 1 - begin)};
-            my_begin += line.size();
+    do {
+        for (std::size_t at = my_begin; at < my_end; at += word_size) {
+            const std::uint64_t feeds = line_feeds(word_at(my_block.data() + at));
+            if (feeds == 0)
+                continue;
+            const char* const begin = my_block.data() + my_begin;
+            line.head = word_at(begin);
+            if (at == my_begin)
+                line.head &= feeds ^ (feeds - 1);
+            my_begin = at + static_cast<std::size_t>(__builtin_ctzll(feeds)) / 8 + 1;
+            line.text = {begin, static_cast<std::size_t>(my_block.data() + my_begin - begin)};
             return true;
         }
-        searched = my_end - my_begin;
-        if (!read_more())
-            return false;
-    }
+    } while (read_more());
+    return false;
 }
 
 /// Moves the unfinished line to the front of the block and fills up what is behind it.
 bool LineReader::read_more()
 {
     const std::size_t unfinished = my_end - my_begin;
-    if (unfinished == my_block.size())
+    if (unfinished + word_size == my_block.size())
         my_block.resize(2 * my_block.size());
-    if (my_begin > 0)
-        std::memmove(my_block.data(), my_block.data() + my_begin, unfinished);
+    std::memmove(my_block.data(), my_block.data() + my_begin, unfinished);
     my_begin = 0;
-    const std::size_t count = std::fread(my_block.data() + unfinished, 1, my_block.size() - unfinished, my_file);
+    const std::size_t room = my_block.size() - word_size - unfinished;
+    const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file);
     my_end = unfinished + count;
+    std::memset(my_block.data() + my_end, 0, word_size); // no LF of an earlier line
     return count > 0;
 }

@@ -1,14 +1,21 @@
 // LineReader: the complete lines of an open file, one after the other, without a copy of each.
-// What a line means is left to DXFL_Processing.
+// What a line means is left to GroupCodes and DXFL_Processing.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string_view>
 #include <vector>
 
-/// Reads a file in blocks and hands out its lines. A line is every character up to and including its LF; the rest of
-/// a file behind its last LF is no line. Lines may be as long as memory allows and hold any bytes.
+/// Every character of a line up to and including its LF.
+struct Line {
+    std::string_view text;
+    std::uint64_t head = 0; // its first eight characters, the first one lowest, or fewer and zeros behind its LF
+};
+
+/// Reads a file in blocks and hands out its lines; the rest of a file behind its last LF is no line. Lines may be as
+/// long as memory allows and hold any bytes.
 class LineReader
 {
 public:
@@ -17,7 +24,7 @@ public:
 
     /// True with the next line, which is valid until the next call; false at the end of the file or at an error of
     /// reading it, with `line` as it was.
-    bool next(std::string_view& line);
+    bool next(Line& line);
 
 private:
     bool read_more();

@@ -3,7 +3,6 @@
 #include "QGLEditor.h"
 
 #include "GLObject.h"
-#include "Lighting.h"
 
 #include <GL/glu.h>
 
@@ -15,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <initializer_list>
 
 namespace
 {
@@ -55,6 +55,30 @@ GLuint front_name(const GLuint* buffer, unsigned long quantity)
 bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
 {
     return (buttons & wanted) == wanted;
+}
+
+/// Two opposite lights on the z axis of eye space, one behind the viewer and one before.
+void set_up_lights(double limit)
+{
+    // The fourth component is 0, so the lights are at infinity and only their directions count. The first view of the
+    // process sets the distance for all later ones, so it has to be one whose square a float holds, even where that
+    // view's limit is 0, infinite or not a number.
+    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
+    static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
+    static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
+    const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
+    const GLfloat diffuse[] = {1.0F, 1.0F, 1.0F, 1.0F};
+    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT0, GL_POSITION, position0);
+    glLightfv(GL_LIGHT1, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT1, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT1, GL_POSITION, position1);
+
+    const GLfloat lmodelAmbient[] = {0.2F, 0.2F, 0.2F, 1.0F};
+    const GLfloat localView[] = {0.0F};
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, lmodelAmbient);
+    glLightModelfv(GL_LIGHT_MODEL_LOCAL_VIEWER, localView);
 }
 
 } // namespace
@@ -127,7 +151,12 @@ QString QGLEditor::version_of_OpenGL() const
 void QGLEditor::initializeGL()
 {
     qglClearColor(Qt::darkGray);
-    set_up_lighting(drw_limit);
+    glDisable(GL_CULL_FACE);
+    set_up_lights(drw_limit);
+    glFrontFace(GL_CW);
+    for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
+        glEnable(capability);
+    glDepthFunc(GL_LESS);
 }
 
 void QGLEditor::resizeGL(int wwidth, int wheight)
@@ -238,11 +267,12 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const double numDegrees = -event->delta() / 8.0;
+    const QPoint turned = event->angleDelta(); // of which Qt 5's delta() gives one side in each of its events
+    const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // it comes ignored, and would go on to the parents
+    event->accept(); // Qt delivers it ignored, and would pass it on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
@@ -267,7 +297,8 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const qreal pixels = devicePixelRatioF(); // the viewport counts the screen's pixels, an event the widget's
+    const qreal pixels =
+        devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
     gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();
@@ -286,12 +317,12 @@ void QGLEditor::select_at(const QPoint& pos)
     if (sel_entity_quantity == 0)
         return;
 
-    // An overflow of the buffer, -1 as OpenGL tells it, is a full buffer.
+    // OpenGL reports an overflow as -1; the buffer is full then.
     const unsigned long loc_sel_entity_quantity =
         std::min<unsigned long>(sel_entity_quantity, bufMaxSize / entries_per_hit);
     my_last_selected_entity_id = front_name(sel_buffer, loc_sel_entity_quantity);
 
-    // Ids are consecutive in the order of the list.
+    // Ids are consecutive in list order.
     GLObject* first = get_drawing_object(0);
     GLObject* hit = first != nullptr ? get_drawing_object(my_last_selected_entity_id - first->local_id()) : nullptr;
     if (hit != nullptr && hit->local_id() == my_last_selected_entity_id)

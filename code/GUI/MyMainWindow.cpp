@@ -71,7 +71,8 @@ MyMainWindow::MyMainWindow()
     setCentralWidget(mdiArea);
     connect(mdiArea, SIGNAL(subWindowActivated(QMdiSubWindow*)), this, SLOT(updateMenus()));
     windowMapper = new QSignalMapper(this);
-    connect(windowMapper, SIGNAL(mapped(QWidget*)), this, SLOT(setActiveSubWindow(QWidget*)));
+    connect(windowMapper, &QSignalMapper::mappedObject, this,
+            [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
 
     createActions();
     createMenus();
@@ -225,7 +226,7 @@ void MyMainWindow::updateMenus()
         action->setEnabled(hasMyGlMDIChild);
     separatorAct->setVisible(hasMyGlMDIChild);
 
-    // All objects of a view share one mode, so the first stands for the drawing.
+    // All objects of a view have the same mode, so the first one tells it.
     const GLObject* first = hasMyGlMDIChild ? child->get_drawing_object(0) : nullptr;
     const auto allowed = [&](GLObject::DRendering mode) {
         return hasMyGlMDIChild && (first == nullptr || first->rendering() != mode);
@@ -255,7 +256,7 @@ void MyMainWindow::updateWindowMenu()
         action->setCheckable(true);
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
-        windowMapper->setMapping(action, windows.at(i));
+        windowMapper->setMapping(action, static_cast<QObject*>(windows.at(i)));
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }
@@ -285,8 +286,8 @@ MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
     return child;
 }
 
-/// Closes a drawing window that was never shown, and deletes it together with the frame that the area made for it. The
-/// area lets go of the frame first, for it would make another one active when an own one is deleted.
+/// Closes a drawing window that was never shown, and deletes it with the frame that the area made for it. The area
+/// lets go of the frame first: it activates another drawing when one of its frames is deleted.
 void MyMainWindow::discard(MyGlMDIChild* child)
 {
     child->close();

@@ -1,0 +1,46 @@
+// What a line denotes: nothing if it holds a character that no group code has, else what the table or the test says.
+
+#include "GroupCodes.h"
+
+#include <cstddef>
+
+namespace
+{
+
+/// The code at index i has the bit 1 << i.
+constexpr std::array<const char*, 16> all_codes = {"10", "20", "30", "11", "21", "31", "12", "22",
+                                                   "32", "13", "23", "33", "0",  "2",  "5",  "8"};
+
+/// Whether a letter, a sign or a point, one of which nearly every value has, is among eight characters of ASCII.
+bool has_letter_or_point(std::uint64_t characters)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const std::uint64_t from_64_on = characters & ones * 0xC0;
+    const std::uint64_t from_40_to_47 = characters & ~characters << 1 & characters << 2 & ones * 0x20;
+    return (from_64_on | from_40_to_47) != 0;
+}
+
+} // namespace
+
+Codes GroupCodes::denoted_by(const Line& line)
+{
+    if (has_letter_or_point(line.head))
+        return 0;
+    if (line.text.size() > sizeof line.head)
+        return test(line.text);
+    // The high bits of the product depend on all characters; the factor is that of the golden ratio.
+    Tested& tested = my_tested[line.head * 0x9E3779B97F4A7C15 >> 54];
+    if (tested.line != line.head)
+        tested = {line.head, test(line.text)};
+    return tested.codes;
+}
+
+Codes GroupCodes::test(std::string_view line) const
+{
+    Codes codes = 0;
+    if (line.find_first_not_of(code_characters) == std::string_view::npos)
+        for (std::size_t i = 0; i < all_codes.size(); ++i)
+            if (line.find(all_codes[i]) != std::string_view::npos && my_denotes(std::string(line), all_codes[i]))
+                codes |= Codes{1} << i;
+    return codes;
+}

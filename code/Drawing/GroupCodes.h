@@ -1,0 +1,48 @@
+// GroupCodes: the group codes that the reader knows, and which of them a line denotes.
+// What the reader does at a code is left to DXFL_Processing.
+#pragma once
+
+#include "LineReader.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// A set of group codes of the DXF reference. The low bits are the coordinates of an entity's points, each x, y, z (10,
+/// 20, 30, then 11, 21, 31 and so on), so that what a line denotes is also what the entity has seen.
+using Codes = std::uint32_t;
+
+inline constexpr Codes coordinate_codes = 0xFFF;
+inline constexpr Codes code_0 = 0x1000; // an entity's or a section's start, and its end
+inline constexpr Codes code_2 = 0x2000; // a section's name
+inline constexpr Codes code_5 = 0x4000; // an entity's handle
+inline constexpr Codes code_8 = 0x8000; // an entity's layer name
+
+/// The only characters of a line that denotes a group code.
+inline constexpr std::string_view code_characters = "012358 \r\n\t";
+
+/// Tells which group codes a line denotes, by a test that it is given. Lines of up to eight characters, which nearly
+/// all group codes are, are looked up in a table of what has been tested.
+class GroupCodes
+{
+public:
+    /// Whether the line `presence_str` denotes the group code `model_str`; never where the one does not contain the
+    /// other, or holds anything but code characters.
+    using Test = bool (*)(std::string presence_str, std::string model_str);
+
+    explicit GroupCodes(Test denotes) : my_denotes(denotes) {}
+
+    Codes denoted_by(const Line& line);
+
+private:
+    Codes test(std::string_view line) const;
+
+    struct Tested {
+        std::uint64_t line = 0;
+        Codes codes = 0;
+    };
+
+    Test my_denotes;
+    std::array<Tested, 1024> my_tested{};
+};
