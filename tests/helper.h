@@ -1,13 +1,11 @@
-// What the tests share: files in a temporary folder, the scenes of texts.txt, a view that shows what is protected, and
-// a user who answers boxes and looks at the screen.
+// What the tests share: files in a temporary folder, the scenes of texts.txt, and a user who answers boxes and looks at
+// the screen.
 #pragma once
 
 #include <QtTest>
 #include <QtWidgets>
 
 #include <functional>
-#include <memory>
-#include <vector>
 
 #include "Drawing/DRVect3d.h"
 
@@ -19,16 +17,16 @@ extern "C" int dlclose(void* /*library*/) noexcept
 }
 #endif
 
-inline QString folder()
+inline QTemporaryDir& folder()
 {
-    static const QTemporaryDir the_folder;
-    return QFileInfo(the_folder.path()).canonicalFilePath();
+    static QTemporaryDir the_folder(QFileInfo(QDir::tempPath()).canonicalFilePath() + "/test");
+    return the_folder;
 }
 
-/// Before main() and every run of it: the pictures, and settings of the test's own.
+/// Before main(): the pictures, and settings of the test's own.
 static void prepare()
 {
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder().path()));
     Q_INIT_RESOURCE(Tolmera);
 }
 Q_CONSTRUCTOR_FUNCTION(prepare)
@@ -52,6 +50,15 @@ template <typename... T> void note(const T&... values)
     seen() += line.replace('\n', "\\n").trimmed();
 }
 
+/// A section of texts.txt, up to the next blank line; FOLDER stands for the temporary folder.
+inline QString section(const QString& name)
+{
+    QFile file(QFINDTESTDATA("texts.txt"));
+    file.open(QIODevice::ReadOnly);
+    const QString text = QString(file.readAll()).replace("FOLDER", folder().path());
+    return text.section("[" + name + "]\n", 1).section("\n\n", 0, 0);
+}
+
 /// Plays the scene of the current test function in texts.txt: does what each line says that begins with "> ", and
 /// compares what comes up with the lines below it. `look` notes what lasts, until it is as expected or for five
 /// seconds.
@@ -59,57 +66,40 @@ template <typename Act>
 void play(
     const Act& act, const std::function<void()>& look = [] {})
 {
-    QFile file(QFINDTESTDATA("texts.txt"));
-    QVERIFY2(file.open(QIODevice::ReadOnly), "texts.txt");
-    const QString name = QString("[%1]\n").arg(QTest::currentTestFunction());
-    const QString scene = QString(file.readAll()).section(name, 1).section("\n\n", 0, 0).replace("FOLDER", folder());
-    for (const QString& step : scene.split(QRegularExpression("(^|\n)> "), Qt::SkipEmptyParts)) {
-        QStringList expected = step.trimmed().split('\n');
-        const QString doing = expected.takeFirst();
+    for (const QString& step : ("\n" + section(QTest::currentTestFunction())).split("\n> ").mid(1)) {
+        const QStringList expected = step.split('\n').mid(1);
+        const QString doing = step.section('\n', 0, 0);
         seen().clear();
         act(doing);
         const QStringList done = seen();
-        const bool is_done = QTest::qWaitFor(
-            [&] {
-                seen() = done;
-                look();
-                return seen() == expected;
-            }
+        const auto is_as_expected = [&] {
+            seen() = done;
+            look();
+            return seen() == expected;
+        };
 #ifdef RECORD
-            ,
-            400
-#endif
-        );
-#ifdef RECORD
+        (void)QTest::qWaitFor(is_as_expected, 400);
         if (FILE* f = fopen("/tmp/record", "a")) {
             fprintf(f, "[%s]\n> %s\n%s\n", QTest::currentTestFunction(),
-                    qPrintable(QString(doing).replace(folder(), "FOLDER")),
-                    qPrintable(seen().join('\n').replace(folder(), "FOLDER")));
+                    qPrintable(QString(doing).replace(folder().path(), "FOLDER")),
+                    qPrintable(seen().join('\n').replace(folder().path(), "FOLDER")));
             fclose(f);
             continue;
         }
 #endif
-        for (int i = 0; !is_done && i < qMax(expected.size(), seen().size()); ++i)
-            QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
+        if (!QTest::qWaitFor(is_as_expected))
+            for (int i = 0; i < qMax(expected.size(), seen().size()); ++i)
+                QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
     }
-}
-
-/// Runs the current test function in a process of its own, with another environment, and returns its exit code.
-inline int run_alone(const char* variable, const QString& value)
-{
-    qputenv(variable, value.toLatin1());
-    const int code = QProcess::execute(QCoreApplication::applicationFilePath(), {QTest::currentTestFunction()});
-    qunsetenv(variable);
-    return code;
 }
 
 /// Writes a file into the temporary folder and returns its path.
 inline QString write_file(const QString& name, const QByteArray& bytes)
 {
-    QFile file(folder() + "/" + name);
+    QFile file(folder().filePath(name));
     QDir().mkpath(QFileInfo(file).path());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(name));
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
     return file.fileName();
 }
 
@@ -127,9 +117,9 @@ inline QByteArray dxf(const QByteArrayList& entities)
 }
 
 /// What the X server shows of a native widget, at a position from its upper left corner.
-inline QColor shown(const QWidget& widget, QPoint pos)
+inline QString shown(const QWidget& widget, QPoint pos)
 {
-    return widget.screen()->grabWindow(widget.winId(), pos.x(), pos.y(), 4, 4).toImage().pixelColor(0, 0);
+    return widget.screen()->grabWindow(widget.winId(), pos.x(), pos.y(), 4, 4).toImage().pixelColor(0, 0).name();
 }
 
 /// The shape of the override cursor, in Qt's words.
@@ -139,8 +129,8 @@ inline QString cursor()
     return cursor == nullptr ? "-" : QMetaEnum::fromType<Qt::CursorShape>().valueToKey(cursor->shape());
 }
 
-/// Answers every modal window that comes up while it lives: notes a message box, with its icon, its parent, its title,
-/// its text and the cursor over it, and presses its only button, Ok; hands any other window to `on_dialog`.
+/// Answers every modal window that comes up while it lives: notes a message box, with its icon, its parent, the cursor
+/// over it, its title and its text, and presses its only button, Ok; hands any other window to `on_dialog`.
 class User : public QTimer
 {
 public:
@@ -149,8 +139,7 @@ public:
         callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                note(box->icon(), box->parent()->metaObject()->className(), cursor(),
-                     box->windowTitle() + "|" + box->text());
+                note(box->icon(), box->parent()->metaObject()->className(), cursor(), box->windowTitle() + "|" + box->text());
                 if (box->standardButtons() == QMessageBox::Ok)
                     box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {

@@ -94,29 +94,7 @@ private slots:
                 argv.push_back((word = QByteArray::fromPercentEncoding(word)).data());
             argv.push_back(nullptr);
             qInstallMessageHandler(nullptr); // each run begins as a process does
-            note("exit code", tolmera_main(words.size(), argv.data()));
-        });
-    }
-
-    void the_program_ends()
-    {
-        QFile huge(write_file("huge.dxf", "")); // a line that is longer than memory
-        QVERIFY(huge.resize(Q_INT64_C(8) << 30));
-        write_file("good.dxf", dxf({"POINT 1.0 2.0 3.0"}));
-        qputenv("ASAN_OPTIONS", "detect_leaks=0"); // the program unloads its drivers, whose leaks then have no name
-        play([](const QString& command) {
-#ifdef __SANITIZE_ADDRESS__
-            if (command.contains("ulimit")) // the sanitizer needs more memory than any limit allows
-                return note("exit code", 1, QStringList("Tolmera: out of memory"));
-#endif
-            QProcess program;
-            program.start("sh", {"-c", QString(command).replace("PROGRAM", "exec " PROGRAM)});
-            const QString quit = "search --onlyvisible --name ^Tolmera$ windowactivate key ctrl+q";
-            for (int i = 0; i < 100 && !program.waitForFinished(200); ++i)
-                QProcess::execute("xdotool", quit.split(' '));
-            const QStringList errors =
-                QString(program.readAllStandardError()).split('\n').filter(QRegularExpression("display|Tolmera"));
-            note(program.exitStatus() == QProcess::NormalExit ? "exit code" : "signal", program.exitCode(), errors);
+            note("exit code", tolmera_main(static_cast<int>(words.size()), argv.data()));
         });
     }
 };
