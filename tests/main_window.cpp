@@ -182,13 +182,13 @@ private slots:
         QDir::setCurrent(folder().path());
         play([&](const QString& step) { // a file for the dialog, or for the function
             choice = step.section(' ', 1).replace("%n", "\n").replace("%u", QString(QChar::ReplacementCharacter));
-            const auto objects = window.findChildren<QObject*>().size();
+            const auto widgets = window.findChildren<QWidget*>().size();
             if (step.startsWith("dialog"))
                 window.choose("Open DXF-file");
             else
                 note(window.open_dxf(choice));
             note(cursor(), window.current_dxf_file_dir, window.ogl_version.left(2),
-                 window.findChildren<QObject*>().size() == objects ? "no more objects" : "more objects");
+                 window.findChildren<QWidget*>().size() == widgets ? "no more widgets" : "more widgets");
             if (window.active() == nullptr)
                 return;
             const MyGlMDIChild& drawing = *window.active();
