@@ -10,6 +10,7 @@ from typing import Callable, Iterable, NamedTuple, Optional
 
 import ezdxf
 from ezdxf import recover
+from ezdxf.entities import solid
 from ezdxf.math import Matrix44, Vec3
 from ezdxf.protocols import SupportsVirtualEntities, virtual_entities
 
@@ -19,6 +20,12 @@ DEEPEST = 100  # blocks in blocks
 TOLERANCE = 1e-3  # of the drawing's largest extent
 KINDS = (POINT, LINE, FACE)
 TOO_MANY = f"It makes more than {MOST_SHAPES:,} points, lines and faces."
+
+
+# ezdxf 0.18 has one name for group 60, which makes an entity invisible, and group 70 of a 3DFACE, which does so to its
+# edges and does not matter here.
+for codes in ("acdb_face_group_codes", "merged_face_group_codes"):
+    getattr(solid, codes, {}).pop(70, None)
 
 
 class Refused(Exception):
@@ -66,8 +73,7 @@ def read(path):
         except Exception as problem:  # a damaged file raises whatever the library stumbles over
             if isinstance(problem, OSError) and problem.errno:
                 raise
-            reason = problem
-    raise Refused(f"{path} is no DXF file, or is damaged beyond repair: {reason}")
+    raise Refused(f"{path} is no DXF file, or is damaged beyond repair.")
 
 
 class Drawing:
