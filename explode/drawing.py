@@ -14,7 +14,7 @@ from ezdxf.entities import solid
 from ezdxf.math import Matrix44, Vec3
 from ezdxf.protocols import SupportsVirtualEntities, virtual_entities
 
-from shapes import FACE, LEAVES, LINE, MOST_SHAPES, POINT, shapes_of
+from shapes import FACE, LEAVES, LINE, MOST_SHAPES, POINT, attribute, shapes_of
 
 DEEPEST = 100  # blocks in blocks
 TOLERANCE = 1e-3  # of the drawing's largest extent
@@ -86,33 +86,31 @@ class Drawing:
         self.everything = everything
         self.blocks = {}
         self.opened = []
-        space = document.modelspace()
-        self.items = self.items_of(progress("Taking apart", space, len(space)))
-        self.count = sum(item.count for item in self.items)
-        if self.count > MOST_SHAPES:
+        self.items = self.items_of(progress("Taking apart", document.modelspace()))
+        if sum(item.count for item in self.items) > MOST_SHAPES:
             raise Refused(TOO_MANY)
 
     def items_of(self, entities):
         items = []
         for entity in entities:
-            if entity.dxf.get("invisible", 0) and not self.everything:
-                continue
+            name, layer = entity.dxftype(), attribute(entity, "layer", "0")
             try:
-                items += self.items_of_one(entity, entity.dxftype(), entity.dxf.get("layer", "0"))
+                if self.everything or not attribute(entity, "invisible", 0):
+                    items += self.items_of_one(entity, name, layer)
             except (Refused, MemoryError):
                 raise
             except Exception:  # an entity that makes no sense raises whatever the library stumbles over
-                items.append(LeftOut(entity.dxf.get("layer", "0"), entity.dxftype()))
+                items.append(LeftOut(layer, name))
         return items
 
     def items_of_one(self, entity, name, layer):
         if name in LEAVES:
-            return [leaf(layer, shapes_of(entity))]
+            return [make_leaf(layer, shapes_of(entity))]
         if name == "INSERT":
             return [self.insert(entity, layer)] + [LeftOut(layer, "ATTRIB") for _ in entity.attribs]
         parts = virtual_entities(entity) if isinstance(entity, SupportsVirtualEntities) else []
         items = self.items_within(None, parts)
-        return [group(layer, items, lambda: [None]) if items else LeftOut(layer, name)]
+        return [make_group(layer, items, lambda: [None]) if items else LeftOut(layer, name)]
 
     def items_within(self, name, entities):
         """Returns the items of a block, or of an entity that is made of others and has no name."""
@@ -121,9 +119,10 @@ class Drawing:
         if len(self.opened) == DEEPEST:
             raise Refused(f"Its blocks are nested more than {DEEPEST} deep.")
         self.opened.append(name)
-        items = self.items_of(entities)
-        self.opened.pop()
-        return items
+        try:
+            return self.items_of(entities)
+        finally:
+            self.opened.pop()
 
     def insert(self, entity, layer):
         """Returns what an INSERT shows: the items of its block, once for each row and column."""
@@ -132,7 +131,7 @@ class Drawing:
         if name not in self.blocks:
             drawn = [part for part in entity.block() if part.dxftype() != "ATTDEF"]
             self.blocks[name] = self.items_within(name, drawn)
-        if not self.blocks[name] or not all(map(math.isfinite, first)):
+        if not self.blocks[name] or not all(map(math.isfinite, (*first, dxf.row_spacing, dxf.column_spacing))):
             return LeftOut(layer, "INSERT")
         rows = max(1, dxf.row_count) if dxf.row_spacing else 1
         columns = max(1, dxf.column_count) if dxf.column_spacing else 1
@@ -145,7 +144,7 @@ class Drawing:
                 yield place
 
         scale = max(abs(dxf.xscale), abs(dxf.yscale), abs(dxf.zscale))
-        return group(layer, self.blocks[name], places, scale, rows * columns)
+        return make_group(layer, self.blocks[name], places, scale, rows * columns)
 
     def leaves(self, left_out=None):
         """Yields each entity that is seen, with its matrix, scale and layer; counts in `left_out` what has no shape."""
@@ -168,7 +167,7 @@ class Drawing:
                 left_out[item.name] += 1
 
 
-def leaf(layer, made):
+def make_leaf(layer, made):
     curve = made if callable(made) else None
     shapes = curve(math.inf) if curve else made
     coordinates = [coordinate for _, vertices in shapes for vertex in vertices for coordinate in vertex.xyz]
@@ -177,7 +176,7 @@ def leaf(layer, made):
     return Leaf(layer, shapes, curve, 1e-9 * max(map(abs, coordinates)), 1 if curve else len(shapes))
 
 
-def group(layer, items, places, scale=1.0, copies=1):
+def make_group(layer, items, places, scale=1.0, copies=1):
     return Group(layer, items, places, scale, copies * sum(item.count for item in items))
 
 
@@ -227,7 +226,7 @@ def explode(drawing, tolerance, progress):
     within `tolerance`; None stands for TOLERANCE of the drawing's largest extent."""
     left_out = Counter()
     rough = Shapes()
-    for leaf, matrix, scale, layer in progress("Measuring", drawing.leaves(left_out), drawing.count):
+    for leaf, matrix, scale, layer in progress("Measuring", drawing.leaves(left_out)):
         rough.add(leaf.shapes, matrix, layer)
     if not rough.count:
         return rough, left_out
@@ -235,6 +234,6 @@ def explode(drawing, tolerance, progress):
         tolerance = TOLERANCE * max(high - low for low, high in zip(*rough.extents()))
 
     shapes = Shapes()
-    for leaf, matrix, scale, layer in progress("Cutting", drawing.leaves(), drawing.count):
+    for leaf, matrix, scale, layer in progress("Cutting", drawing.leaves()):
         shapes.add(cut(leaf, tolerance / scale if scale else math.inf), matrix, layer)
     return shapes, left_out

@@ -29,6 +29,11 @@ def shapes_of(entity):
     return extruded(made, height)
 
 
+def attribute(entity, name, default):
+    """Returns a DXF attribute, also of an entity that cannot have it."""
+    return entity.dxf.get(name, default) if entity.dxf.is_supported(name) else default
+
+
 def polygon(vertices):
     """Returns a face, or the triangles of a polygon with more corners or a reflex one: no two of them overlap."""
     corners = [a for a, b in zip(vertices, vertices[-1:] + vertices[:-1]) if a.xyz != b.xyz] or vertices[:1]
@@ -63,20 +68,16 @@ def cut_polygon(corners):
     """Yields the triangles of a polygon, seen along the axis from which it looks largest."""
     normal = sum((a.cross(b) for a, b in zip(corners, corners[1:] + corners[:1])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
-    seen = {}
-    for corner in corners:
-        flat = list(corner.xyz)
-        del flat[axis]
-        seen[tuple(flat)] = corner
-    for cut in mapbox_earcut_2d([Vec2(flat) for flat in seen]):
-        yield [seen[flat.x, flat.y] for flat in cut]
+    flats = [corner.xyz[:axis] + corner.xyz[axis + 1 :] for corner in corners]
+    raised = dict(zip(flats, corners))
+    for cut in mapbox_earcut_2d(flats):
+        yield [raised[flat.x, flat.y] for flat in cut]
 
 
 def height_of(entity):
     """Returns the extrusion of an entity with thickness (group 39) as a vector, and one without length for others."""
-    if not entity.dxf.is_supported("thickness") or not entity.dxf.thickness:
-        return Vec3()
-    return Vec3(entity.dxf.extrusion).normalize(entity.dxf.thickness)
+    thickness = attribute(entity, "thickness", 0.0)
+    return Vec3(entity.dxf.extrusion).normalize(thickness) if thickness else Vec3()
 
 
 def extruded(shapes, height):
@@ -96,7 +97,9 @@ def extruded(shapes, height):
 
 
 def chain(vertices):
-    return [(LINE, list(islice(vertices, MOST_SHAPES + 2)))]
+    """Returns a chain of lines, and none for a lone vertex. What is endless ends where it is too long to be written."""
+    vertices = list(islice(vertices, MOST_SHAPES + 2))
+    return [(LINE, vertices)] if len(vertices) > 1 else []
 
 
 def lines_of_arc(radius, angle, distance):
@@ -228,7 +231,7 @@ def hatch(entity):
         flats = (flat for path in entity.paths for flat in boundary(path, distance))
         return [shape for flat in flats for shape in chain(raised((offset + v for v in flat), entity, elevation))]
 
-    offset = Vec3(entity.dxf.offset_vector if entity.dxf.is_supported("offset_vector") else (0, 0))
+    offset = Vec3(attribute(entity, "offset_vector", (0, 0)))
     elevation = entity.dxf.elevation.z
     return cut
 

@@ -22,7 +22,7 @@ def write(stream, shapes, colors, middle, factor, progress):
     head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, low, high, shapes.count)
     stream.write(head.encode())
     handle = FIRST_HANDLE
-    for kind, layer, coordinates in progress("Writing", shapes, len(shapes.kinds)):
+    for kind, layer, coordinates in progress("Writing", shapes):
         values = [number((value - middle[i % 3]) * factor) for i, value in enumerate(coordinates)]
         corners = [values[i : i + 3] for i in range(0, len(values), 3)]
         for part in zip(corners, corners[1:]) if kind == LINE else [corners]:
@@ -53,7 +53,7 @@ def frame(colors, low, high, count):
     document = ezdxf.new("R2000" if "".join(colors).isascii() else "R2007")  # which is the first in UTF-8
     for name, color in colors.items():
         if not document.layers.has_entry(name):
-            document.layers.add(name, color=color)
+            document.layers.add(name, color=color if 0 < color < 256 else 7)
     document.header["$EXTMIN"], document.header["$EXTMAX"] = low, high
     document.entitydb.handles.reset(f"{FIRST_HANDLE + count:X}")
     text = io.StringIO()

@@ -177,6 +177,16 @@ class Explode(unittest.TestCase):
         self.assertEqual((len(set(handles)), [handle for handle in handles if handle.isdigit()]), (14, []))
         self.assertEqual(len(self.explode("--all")[0]), 18)
 
+    def test_export(self):
+        """A drawing without anything but entities, as small programs write it."""
+        line = "0 LINE 8 0 60 1 10 1 20 2 30 3 11 4 21 5 31 6 "
+        face = "0 3DFACE 8 0 70 15 10 0 20 0 30 0 11 4 21 0 31 0 12 4 22 4 32 0 13 0 23 4 33 0 "
+        self.write("in.dxf", f"0 SECTION 2 ENTITIES 0 UNKNOWN 8 0 {line}{face}0 ENDSEC 0 EOF ".replace(" ", "\n"))
+        entities, lines, message = self.explode()
+        self.assertEqual([entity.dxftype() for entity in entities], ["3DFACE"])
+        self.assertIn("12,4.0,22,4.0,32,0.0,13,0.0,23,4.0,33,0.0", ",".join(map(str.strip, lines)))
+        self.assertIn("1 UNKNOWN", message)
+
     def test_options(self):
         self.draw(lambda space: space.add_lwpolyline([(1e6, 0), (1e6, 2)]))
         (line,), _, message = self.explode("--fit")
