@@ -66,7 +66,8 @@ def reflex_corner(corners):
 
 def cut_polygon(corners):
     """Yields the triangles of a polygon, seen along the axis from which it looks largest."""
-    normal = sum((a.cross(b) for a, b in zip(corners, corners[1:] + corners[:1])), Vec3())
+    spokes = [corner - corners[0] for corner in corners]
+    normal = sum((a.cross(b) for a, b in zip(spokes, spokes[1:])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
     flats = [corner.xyz[:axis] + corner.xyz[axis + 1 :] for corner in corners]
     raised = dict(zip(flats, corners))
@@ -104,8 +105,9 @@ def chain(vertices):
 
 def lines_of_arc(radius, angle, distance):
     """Returns how many lines keep within a distance of an arc. Those of a full circle end in its extreme points, too."""
-    widest = math.degrees(2.0 * math.acos(max(0.0, 1.0 - distance / radius)))
-    count = math.ceil(angle / min(widest, WIDEST_ANGLE) - 1e-9)
+    sagitta = min(max(distance / radius, 1e-12), 1.0)  # as a part of the radius; a cosine cannot tell less from 0
+    widest = math.degrees(2.0 * math.acos(1.0 - sagitta))
+    count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0))
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
 
 
@@ -118,8 +120,13 @@ def arc_angles(arc, distance):
 
 def ellipse_vertices(tool, distance):
     """Yields vertices of an ezdxf.math.ConstructionEllipse, which is a circle that is pressed in one direction."""
-    count = lines_of_arc(tool.major_axis.magnitude, math.degrees(tool.param_span), distance)
+    count = lines_of_arc(tool.major_axis.magnitude * max(1.0, tool.ratio), math.degrees(tool.param_span), distance)
     return tool.vertices(tool.start_param + tool.param_span * i / count for i in range(count + 1))
+
+
+def spline_vertices(tool, distance):
+    # ezdxf compares the distance in the middle of each line; at an inflection it is larger beside that.
+    return tool.flattening(distance / 2.0)
 
 
 def circle(entity):
@@ -138,13 +145,13 @@ def ellipse(entity):
 
 def spline(entity):
     tool = entity.construction_tool()
-    return lambda distance: chain(tool.flattening(distance))
+    return lambda distance: chain(spline_vertices(tool, distance))
 
 
 def lwpolyline(entity):
     points = entity.get_points("xyb")
-    widths = [entity.dxf.const_width] if entity.dxf.hasattr("const_width") else sum(entity.get_points("se"), ())
-    return flat_polyline(entity, points, entity.closed, entity.dxf.elevation, max(widths))
+    width = max(map(max, entity.get_points("se")))
+    return flat_polyline(entity, points, entity.closed, entity.dxf.elevation, entity.dxf.get("const_width", width))
 
 
 def polyline(entity):
@@ -205,10 +212,10 @@ def raised(flat, entity, elevation):
 
 
 def sides(corners, closed):
-    """Yields start, end and bulge of each side of a polyline."""
+    """Yields start, end and bulge of each side of a polyline. A bulge so small that nobody sees it is 0."""
     ends = corners[1:] + corners[:1] if closed else corners[1:]
     for (start, bulge), (end, _) in zip(corners, ends):
-        yield start, end, bulge if not start.isclose(end) else 0.0
+        yield start, end, 0.0 if abs(bulge) < 1e-9 or start.isclose(end) else bulge
 
 
 def round_vertices(corners, closed, distance):
@@ -249,7 +256,7 @@ EDGES = {
     EdgeType.LINE: lambda edge, distance: [edge.start, edge.end],
     EdgeType.ARC: lambda edge, distance: edge.construction_tool().vertices(arc_angles(edge, distance)),
     EdgeType.ELLIPSE: lambda edge, distance: ellipse_vertices(edge.construction_tool(), distance),
-    EdgeType.SPLINE: lambda edge, distance: edge.construction_tool().flattening(distance),
+    EdgeType.SPLINE: lambda edge, distance: spline_vertices(edge.construction_tool(), distance),
 }
 
 # Texts, images and bodies are in no row: they have no shape that points, lines and faces could show.
