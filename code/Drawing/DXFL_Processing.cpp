@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -47,7 +48,9 @@ File open_file(const std::string& file_name)
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
     // Some files of /proc, such as kmsg, wait although they count as regular.
-    const int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0 && errno == EWOULDBLOCK) // another process has a lease on the file, and is asked to give it up
+        descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
     char character = 0;

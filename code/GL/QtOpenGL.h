@@ -13,9 +13,7 @@ using QGLFormat = int;
 
 /// As on Qt 5, it draws straight into a native window of its own, and has its context from setFormat() on. (Qt 6's
 /// QOpenGLWidget draws into a texture, from which its whole window is painted, and has no context before it is shown.)
-class QGLWidget : public QWidget
-{
-public:
+struct QGLWidget : QWidget {
     QGLWidget(QWidget* parent, QGLWidget* /*shared*/, Qt::WindowFlags flags) : QWidget(parent, flags) {}
     void setFormat(QGLFormat depth)
     {
@@ -42,6 +40,8 @@ private:
     virtual void paintGL() = 0;
     void resizeEvent(QResizeEvent* /*event*/) override
     {
+        setAutoFillBackground(!autoFillBackground()); // has Qt work out anew what it need not paint behind the view,
+        window()->update();                           // for a size may come late, after that has been painted
         if (!makeCurrent())
             return;
         if (!std::exchange(my_is_initialized, true))
