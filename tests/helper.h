@@ -77,16 +77,6 @@ void play(
             look();
             return seen() == expected;
         };
-#ifdef RECORD
-        (void)QTest::qWaitFor(is_as_expected, 400);
-        if (FILE* f = fopen("/tmp/record", "a")) {
-            fprintf(f, "[%s]\n> %s\n%s\n", QTest::currentTestFunction(),
-                    qPrintable(QString(doing).replace(folder().path(), "FOLDER")),
-                    qPrintable(seen().join('\n').replace(folder().path(), "FOLDER")));
-            fclose(f);
-            continue;
-        }
-#endif
         if (!QTest::qWaitFor(is_as_expected))
             for (int i = 0; i < qMax(expected.size(), seen().size()); ++i)
                 QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
