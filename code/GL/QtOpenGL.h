@@ -7,12 +7,12 @@
 #else
 #include <QOpenGLContext>
 #include <QWindow>
+#include <utility>
 
 enum QGL { DoubleBuffer = 0, DepthBuffer = 1 }; // as the least depth of the depth buffer; Qt 6 buffers doubly anyway
 using QGLFormat = int;
 
-/// As on Qt 5, it draws straight into a native window of its own, and has its context from setFormat() on. (Qt 6's
-/// QOpenGLWidget draws into a texture, from which its whole window is painted, and has no context before it is shown.)
+/// Like Qt 5's, it draws straight into a native window of its own and has its context from setFormat() on.
 struct QGLWidget : QWidget {
     QGLWidget(QWidget* parent, QGLWidget* /*shared*/, Qt::WindowFlags flags) : QWidget(parent, flags) {}
     void setFormat(QGLFormat depth)
