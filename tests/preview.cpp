@@ -69,7 +69,7 @@ struct Spot {
 };
 using Spots = std::vector<Spot>;
 
-constexpr int background = 128;
+constexpr int background = 80;
 
 } // namespace
 Q_DECLARE_METATYPE(Spots)
@@ -93,30 +93,31 @@ private slots:
         // The front of a box is to the left, and light; its top is less light; its right side is dark.
         const QByteArrayList sides = box(0, 1);
         const QRect middle(10, 2, 108, 124);
-        const Spots shades = {{0.417, 0.788, 186}, {0.167, 0.452, 186}, {0.542, 0.38, 166}, {0.458, 0.139, 166},
-                              {0.625, 0.524, 75},  {0.791, 0.716, 75},  {0.05, 0.05, 128},  {0.95, 0.95, 128}};
+        const Spots shades = {{0.417, 0.788, 204},      {0.167, 0.452, 204},     {0.542, 0.38, 192},
+                              {0.458, 0.139, 192},      {0.625, 0.524, 138},     {0.791, 0.716, 138},
+                              {0.05, 0.05, background}, {0.95, 0.95, background}};
         row("a box", sides, 128, middle, shades);
         row("a box, its hidden sides first", sides.mid(3) + sides.mid(0, 3), 128, middle, shades);
         row("a box far from the origin", box(1e6, 1e6 + 4), 128, middle, shades);
         row("a box, the front of which has a NaN",
             sides.mid(1) + QByteArrayList{entity("3DFACE", {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, NAN, 0})}, 128, middle,
-            {{0.417, 0.788, 166}});
+            {{0.417, 0.788, 192}});
         row("1024 pixels", sides, 1024, {85, 20, 854, 984}, shades);
-        row("16 pixels", sides, 16, {1, 0, 14, 16}, {{0.3, 0.62, 186}, {0.5, 0.26, 166}, {0.7, 0.62, 75}});
-        row("2 pixels", sides, 2, {0, 0, 2, 2}, {{0, 0.5, 160}, {0.5, 0.5, 98}});
+        row("16 pixels", sides, 16, {1, 0, 14, 16}, {{0.3, 0.62, 204}, {0.5, 0.26, 192}, {0.7, 0.62, 138}});
+        row("2 pixels", sides, 2, {0, 0, 2, 2}, {{0, 0.5, 149}, {0.5, 0.5, 112}});
         row("1 pixel", sides, 1, {0, 0, 1, 1});
-        row("a triangle", {entity("3DFACE", {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0})}, 128, {28, 3, 71, 122},
-            {{0.472, 0.516, 186}, {0.528, 0.484, background}});
+        row("a triangle", {entity("3DFACE", {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 1, 0})}, 128, {28, 3, 72, 123},
+            {{0.472, 0.516, 204}, {0.528, 0.484, background}});
         row("a line along x", {entity("LINE", {0, 0, 0, 1, 0, 0})}, 128, {1, 27, 126, 74}, {{0.26, 0.361, 245}});
-        row("a line along y", {entity("LINE", {0, 0, 0, 0, 1, 0})}, 128, {63, 1, 2, 126}, {{0.5, 0.26, 215}});
+        row("a line along y", {entity("LINE", {0, 0, 0, 0, 1, 0})}, 128, {63, 1, 2, 126}, {{0.5, 0.26, 203}});
         row("a line along z", {entity("LINE", {0, 0, 0, 0, 0, 1})}, 128, {1, 27, 126, 74}, {{0.26, 0.639, 245}});
         row("a line before the box", sides + QByteArrayList{entity("LINE", {0.5, 0.2, -0.1, 0.5, 0.8, -0.1})}, 128,
-            middle, {{0.25, 0.62, 230}});
+            middle, {{0.25, 0.62, 234}});
         row("a line without length", {entity("LINE", {1, 2, 3, 1, 2, 3})}, 128, {63, 63, 2, 2});
         row("a lone point", {entity("POINT", {5e8, 5e8, 7})}, 128, {56, 56, 16, 16}, {{0.5, 0.5, 245}});
         row("a lone point on 1 pixel", points(1), 1, {0, 0, 1, 1}, {{0, 0, 245}});
         row("four points", points(4), 128, {60, 0, 8, 128}, {{0.5, 0.34, 245}, {0.5, 0.5, background}});
-        row("many points", points(101), 128, {63, 1, 2, 126}, {{0.5, 0.5, 215}});
+        row("many points", points(101), 128, {63, 1, 2, 126}, {{0.5, 0.5, 203}});
     }
 
     void pictures_show_the_drawing()

@@ -22,6 +22,6 @@ struct SeenExtents {
 std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities);
 
 /// A square picture of a drawing, `size` pixels wide, in shades of grey: faces lit, points and lines in the viewer's
-/// colour, on its background. A null image where nothing would be seen. Throws std::bad_alloc when there is not enough
+/// colour, on a darker background. A null image where nothing would be seen. Throws std::bad_alloc when there is not enough
 /// memory.
 QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& extents, int size);

@@ -10,8 +10,6 @@
 
 #include <list>
 
-class DraftEntity;
-
 /// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them.
 class MyGlMDIChild : public QGLEditor
 {
