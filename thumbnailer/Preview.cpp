@@ -161,10 +161,10 @@ QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& 
         throw std::bad_alloc();
     bool shows_anything = false;
     for (int y = 0; y < size; ++y) {
+        unsigned char* const row = picture.scanLine(y);
         for (int x = 0; x < size; ++x) {
-            const unsigned char grey = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
-            picture.scanLine(y)[x] = grey;
-            shows_anything |= grey - background >= faintest_contrast;
+            row[x] = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
+            shows_anything |= row[x] - background >= faintest_contrast;
         }
     }
     return shows_anything ? picture : QImage();
