@@ -83,20 +83,6 @@ private slots:
             note(files() - open_before, "more open files");
         });
     }
-
-    void vectors_and_entities()
-    {
-        play([](const QString& /*step*/) {
-            const DRVect3d a(1, 2, 3);
-            DRVect3d b(4, 6, 9);
-            note(a + b, "|", b - a, "|", b += a, "|", b -= a, "|", b, b == a, b != a, b.x(7), "|", b.normalize({}));
-            DraftEntity line(DraftEntity::Line);
-            double x = 7, y = 8, z = 9;
-            note(line.set_coordinate(5, DraftEntity::X, 2), line.get_coordinate(x, DraftEntity::X, 2),
-                 line.get_coordinates(x, y, z, 2), line.get_point(b, 2), x, y, z, b);
-            note(DraftEntity(static_cast<DraftEntity::EntityType>(3)).points());
-        });
-    }
 };
 
 QTEST_GUILESS_MAIN(TestReader)
