@@ -39,8 +39,9 @@ def entity(kind, handle, name, corners):
 
 
 def unmistakable(name, corners):
-    """Returns a layer's name, and corners with their codes in such an order that the name can be taken for the code of
-    a corner without harm. That ends an entity too early only where it is the last one that the entity lacks."""
+    """Returns a layer's name, and corners with their codes. A reader may take a layer's name such as 31 for a group
+    code. That only harms if it completes the entity, so the corners are written in an order in which another code comes
+    last."""
     for order in (corners, corners[1:] + corners[:1]):
         last_code = str(order[-1][0][2])
         if last_code not in name or name.strip("012358 \t"):
