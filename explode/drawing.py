@@ -1,5 +1,5 @@
-# A drawing as a tree of entities and blocks, and what is seen of it: layers, arrays, blocks in blocks. What a single
-# entity looks like is left to shapes.py, the file that is written to writer.py.
+# A drawing as a tree of entities and blocks, and what is seen of it: layers, arrays, blocks in blocks. shapes.py knows
+# what a single entity looks like, writer.py writes the result.
 import math
 import os
 from array import array
@@ -23,25 +23,25 @@ KINDS = (POINT, LINE, FACE)
 TOO_MANY = f"It is made of more than {MOST_SHAPES:,} parts."
 
 
-# ezdxf 0.18 has one name for group 60, which makes an entity invisible, and group 70 of a 3DFACE, which does so to its
-# edges and does not matter here.
+# ezdxf 0.18 gives the name of group 60, which hides an entity, to group 70 of a 3DFACE, too. That only hides edges,
+# which does not matter here.
 for codes in ("acdb_face_group_codes", "merged_face_group_codes"):
     getattr(solid, codes, {}).pop(70, None)
 
 
 class Refused(BaseException):
-    """The reason why a drawing is not exploded, as a sentence for the user. It passes those who catch any Exception."""
+    """The reason why a drawing is not exploded, as a sentence for the user. No "except Exception" catches it."""
 
 
 @dataclass(eq=False)
 class Leaf:
-    """An entity with a shape. The shapes of a curve are rough, and fit to tell its extents."""
+    """An entity with a shape. The shapes of a curve are rough: just good enough to tell its extents."""
 
     layer: str
     name: str
     shapes: list
     curve: Optional[Callable[[float], list]]
-    finest: float  # what is cut finer drowns in the rounding of the coordinates
+    finest: float  # a smaller distance from the curve is lost in the rounding of its coordinates
     count: int  # of its shapes; 1 for a curve
 
 
@@ -51,7 +51,7 @@ class Group(NamedTuple):
     layer: str
     items: list
     places: Callable[[], Iterable[Optional[Matrix44]]]  # None: where they are
-    scale: float  # the most by which a place stretches them
+    scale: float  # the largest factor by which a place stretches them
     count: int  # of all shapes in all places, as far as is known before curves are cut
 
 
@@ -90,7 +90,7 @@ def read(path):
 
 
 class Drawing:
-    """What is seen of the model space of an ezdxf document; what is hidden in it, too, with `everything`."""
+    """The visible entities in the model space of an ezdxf document, or all of them with `everything`."""
 
     def __init__(self, document, everything, progress):
         layers = [] if everything else document.layers

@@ -14,7 +14,7 @@ POINT, LINE, FACE = "POINT", "LINE", "3DFACE"
 
 MOST_SHAPES = 5_000_000  # points, lines and faces that a drawing may become
 WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: the smallest circle is an octagon
-SPLINE_FRAME = 16  # the bit in group 70 of a VERTEX that is no part of its smoothed polyline, but gives it its form
+SPLINE_FRAME = 16  # in group 70: the VERTEX controls a smoothed polyline, but is no part of it
 
 
 def shapes_of(entity):
@@ -30,12 +30,12 @@ def shapes_of(entity):
 
 
 def attribute(entity, name, default):
-    """Returns a DXF attribute, also of an entity that cannot have it."""
+    """Returns a DXF attribute, or `default` for an entity that does not or cannot have it."""
     return entity.dxf.get(name, default) if entity.dxf.is_supported(name) else default
 
 
 def polygon(vertices):
-    """Returns a face, or the triangles of a polygon with more corners or a reflex one: no two of them overlap."""
+    """Returns a face, or triangles that do not overlap for a polygon that is concave or has more than four corners."""
     corners = [a for a, b in zip(vertices, vertices[-1:] + vertices[:-1]) if a.xyz != b.xyz] or vertices[:1]
     if len(corners) < 3:
         return [(LINE if len(corners) == 2 else POINT, corners)]
@@ -78,13 +78,13 @@ def cut_polygon(corners):
 
 
 def height_of(entity):
-    """Returns the extrusion of an entity with thickness (group 39) as a vector, and one without length for others."""
+    """Returns the thickness of an entity (group 39) as a vector, which is zero for most."""
     thickness = attribute(entity, "thickness", 0.0)
     return Vec3(entity.dxf.extrusion).normalize(thickness) if thickness else Vec3()
 
 
 def extruded(shapes, height):
-    """Returns what shapes become that are drawn out: a point a line, a line a face, and a face a solid."""
+    """Returns extruded shapes: a point becomes a line, a line a face, and a face a solid."""
     result = []
     for kind, vertices in shapes:
         top = [vertex + height for vertex in vertices]
@@ -100,13 +100,13 @@ def extruded(shapes, height):
 
 
 def chain(vertices):
-    """Returns a chain of lines, and none for a lone vertex. What is endless ends where it is too long to be written."""
+    """Returns a chain of lines, and none for a lone vertex. An endless one stops where it is too long to be written."""
     vertices = list(islice(vertices, MOST_SHAPES + 2))
     return [(LINE, vertices)] if len(vertices) > 1 else []
 
 
 def lines_of_arc(radius, angle, distance):
-    """Returns how many lines keep within a distance of an arc. Those of a full circle end in its extreme points, too."""
+    """Returns how many lines keep within a distance of an arc. A full circle is also cut at its extreme points."""
     widest = math.degrees(4.0 * math.asin(math.sqrt(min(distance / radius / 2.0, 1.0))))
     count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0)) if widest else 1
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
@@ -227,6 +227,7 @@ def raised(flat, entity, elevation):
 
 
 def visible(bulge):
+    """Returns a bulge, and 0 for one so small that nobody sees it."""
     return bulge if abs(bulge) > 1e-9 else 0.0
 
 

@@ -1,5 +1,5 @@
-# Writes points, lines and faces as a DXF file in text form that cannot be misread line by line: by a reader such as
-# Tolmera's, which takes every line of the digits 0 1 2 3 5 8 and blanks for a possible group code.
+# Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's takes every line of the digits
+# 0 1 2 3 5 8 and blanks for a possible group code, so other lines are not written like that.
 import io
 import re
 
@@ -61,7 +61,7 @@ def frame(colors, low, high, count):
     document.write(text)
     begin = "  2\nENTITIES\n"
     head, tail = text.getvalue().rsplit(begin, 1)
-    # Who looks for the name of the section must not find that of a layer.
+    # A reader that looks for the section must not find a layer of that name.
     return head.replace("ENTITIES", escaped("E") + "NTITIES") + begin, tail
 
 
