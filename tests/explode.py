@@ -20,6 +20,7 @@ SQUARE = [(0, 0), (4, 0), (4, 4), (0, 4)]
 BOW = [(0, 0), (4, 0), (0, 4), (4, 4)]  # the order in which a SOLID has the corners of a square
 U = [(0, 0), (4, 0), (4, 3), (3, 3), (3, 1), (1, 1), (1, 3), (0, 3)]
 ALMOST = [(0, 0, 1e-15), (8, 0, 0)]  # straight
+DISC = [(0, 0, 2, 2, 1), (2, 0)]  # its lower half
 
 
 def having(**attributes):
@@ -88,6 +89,7 @@ KINDS = {
     "LWPOLYLINE, round": (lambda s: s.add_lwpolyline([(0, 0, 1), (2, 0, 0)], "xyb"), (0, 25, 0), (0, -1, 0), (2, 0, 0)),
     "LWPOLYLINE, almost straight": (lambda s: s.add_lwpolyline(ALMOST, "xyb"), (0, 1, 0), (0, 0, 0), (8, 0, 0)),
     "LWPOLYLINE, wide": (lambda s: s.add_lwpolyline([(0, 0, 2, 2, 1e-15), (8, 0)]), (0, 0, 1), (0, -1, 0), (8, 1, 0)),
+    "LWPOLYLINE, wide and round": (lambda s: s.add_lwpolyline(DISC, "xyseb"), (0, 0, 28), (-1, -2, 0), (3, 0, 0)),
     "POLYLINE in 2D": (lambda s: s.add_polyline2d(SQUARE, close=True), (0, 4, 0), (0, 0, 0), (4, 4, 0)),
     "POLYLINE, smoothed": (smoothed, (0, 2, 0), (0, 0, 0), (2, 1, 0)),
     "POLYLINE in 3D": (lambda s: s.add_polyline3d([(0, 0, 1), (1, 2, 3), (4, 4, 4)]), (0, 2, 0), (0, 0, 1), (4, 4, 4)),
