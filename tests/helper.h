@@ -129,7 +129,8 @@ public:
         callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                note(box->icon(), box->parent()->metaObject()->className(), cursor(), box->windowTitle() + "|" + box->text());
+                note(box->icon(), box->parent()->metaObject()->className(), cursor(),
+                     box->windowTitle() + "|" + box->text());
                 if (box->standardButtons() == QMessageBox::Ok)
                     box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {

@@ -70,6 +70,10 @@ private slots:
     void tells_whether_a_file_was_read()
     {
         QVERIFY(mkfifo(QFile::encodeName(folder().filePath("fifo")), 0600) == 0);
+        QVERIFY(mkfifo(QFile::encodeName(folder().filePath("held")), 0600) == 0);
+        QVERIFY(mknod(QFile::encodeName(folder().filePath("socket")), S_IFSOCK | 0600, 0) == 0);
+        QFile writer(folder().filePath("held"));
+        QVERIFY(writer.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
         QVERIFY(QFile::link("loop", folder().filePath("loop")));
         write_file("empty", "");
         write_file("point", dxf({"POINT"}));

@@ -172,9 +172,11 @@ private slots:
         View* view = nullptr;
         QPoint pos;
         QString color;
+        bool is_counting = true;
         const User user([&](QWidget* window) {
             auto* dialog = qobject_cast<QColorDialog*>(window);
             note("preset", dialog->currentColor().name());
+            is_counting = false; // the dialog uncovers views when it goes
             dialog->setCurrentColor(color);
             views[1]->makeCurrent(); // as its repaint would
             static_cast<QDialog*>(dialog)->done(color == "none" ? QDialog::Rejected : QDialog::Accepted);
@@ -190,6 +192,7 @@ private slots:
                 view = views[words[0].toInt()].get();
                 views[1]->makeCurrent();
                 view->repaints = 0;
+                is_counting = true;
                 pos = {words[2].toInt(), words[3].toInt()};
                 color = words.value(6);
                 QWheelEvent wheel(pos, pos, {}, pos, {}, {}, Qt::NoScrollPhase, false);
@@ -205,10 +208,10 @@ private slots:
                 note(view->drawing_rotation(), "|", view->drawing_translation(), "|", view->drawing_scaling(), "|",
                      cursor());
                 note("picked", view->last_selected_entity_id(), "marked", marked + "repainted",
-                     color.isEmpty() ? view->repaints : 0, event.isAccepted());
+                     is_counting ? view->repaints : 0, event.isAccepted());
             },
             [&] {
-                note("repainted", color.isEmpty() ? view->repaints : 0, shown(*view, pos)); // a dialog uncovers views
+                note("repainted", is_counting ? view->repaints : 0, shown(*view, pos));
                 note_state("model", GL_MODELVIEW_MATRIX, 16);
             });
         views[1].reset();
