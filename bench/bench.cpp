@@ -7,6 +7,8 @@
 #include "peers.h"
 #include "view.h"
 
+#include <benchmark/benchmark.h>
+
 #include <QApplication>
 
 #include <algorithm>
@@ -28,17 +30,44 @@ namespace
 /// Returns the seconds of what it measures, without what it does before and after.
 using Work = std::function<double()>;
 
-/// Runs all works in turn, `rounds` times, and returns the least time of each. None finds memory that another one left
-/// with the allocator, which would spare it the cost of getting its own.
+/// Keeps the least time of each work, which is named by its index.
+class LeastReporter : public benchmark::BenchmarkReporter
+{
+public:
+    explicit LeastReporter(std::size_t works) : least(works, std::numeric_limits<double>::infinity()) {}
+    bool ReportContext(const Context& /*context*/) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration) {
+                double& seconds = least.at(std::stoul(run.run_name.function_name));
+                seconds = std::min(seconds, run.GetAdjustedRealTime());
+            }
+    }
+
+    std::vector<double> least;
+};
+
+/// Runs all works `rounds` times, in shuffled order, and returns the least time of each. None finds memory that another
+/// one left with the allocator, which would spare it the cost of getting its own.
 std::vector<double> least_of(int rounds, const std::vector<Work>& works)
 {
-    std::vector<double> least(works.size(), std::numeric_limits<double>::infinity());
-    for (; rounds > 0; --rounds)
-        for (std::size_t i = 0; i < works.size(); ++i) {
-            malloc_trim(0);
-            least[i] = std::min(least[i], works[i]());
-        }
-    return least;
+    for (std::size_t i = 0; i < works.size(); ++i)
+        benchmark::RegisterBenchmark(std::to_string(i).c_str(),
+                                     [work = works[i]](benchmark::State& state) {
+                                         for ([[maybe_unused]] auto step : state) {
+                                             malloc_trim(0);
+                                             state.SetIterationTime(work());
+                                         }
+                                     })
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Repetitions(rounds)
+            ->Unit(benchmark::kSecond);
+    LeastReporter reporter(works.size());
+    benchmark::RunSpecifiedBenchmarks(&reporter, "all");
+    benchmark::ClearRegisteredBenchmarks();
+    return reporter.least;
 }
 
 std::string rounded(double value, int decimals)
@@ -255,6 +284,10 @@ int main(int argc, char** argv)
 {
     if (argc != 4)
         fail("tolmera_bench FOLDER QUANTITY F3D-AND-ITS-VERSION");
+    std::string shuffled = "--benchmark_enable_random_interleaving=true";
+    char* options[] = {argv[0], shuffled.data(), nullptr};
+    int option_quantity = 2;
+    benchmark::Initialize(&option_quantity, options);
     const Input faces = {argv[1], "faces", std::strtoul(argv[2], nullptr, 10)};
     std::printf(row_format, "figure", "Tolmera", "compared with", "takes", "ratio", "at most", "target");
     std::printf(row_format, "---", "---:", "---", "---:", "---:", "---:", "---");

@@ -1,18 +1,16 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop; and the last words where
-// memory or the display is missing.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop. Also
+// ends the program cleanly without memory or a display.
 
-#include "GUI/File/RichName.h"
+#include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
 
 #include <QApplication>
 #include <QCursor>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPixmap>
 #include <QSplashScreen>
 
 #include <cstdlib>
-#include <exception>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -22,7 +20,7 @@
 namespace
 {
 
-/// Leaves at once, without a destructor: there is no memory to run them with, and no setting is written half.
+/// Leaves at once: without memory no destructor can be relied on, and no setting may be left half written.
 [[noreturn]] void end_without_memory()
 {
     constexpr std::string_view text = "Tolmera: out of memory\n";
@@ -30,24 +28,10 @@ namespace
     ::_exit(EXIT_FAILURE);
 }
 
-/// Nobody catches the std::bad_alloc that operator new and Qt throw where memory is out.
-[[noreturn]] void end_by_terminate()
-{
-    try {
-        if (const std::exception_ptr exception = std::current_exception())
-            std::rethrow_exception(exception);
-    } catch (const std::bad_alloc&) {
-        end_without_memory();
-    } catch (...) {
-        std::abort();
-    }
-    std::abort();
-}
-
 QtMessageHandler default_handler = nullptr;
 
-/// A fatal message, such as Qt's of a display that cannot be reached, ends the program with an exit code, where Qt
-/// would leave a core dump.
+/// Ends the program with an exit code after a fatal message, such as Qt's when no display can be reached. Qt would
+/// leave a core dump.
 void handle_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     default_handler(type, context, message);
@@ -55,20 +39,16 @@ void handle_message(QtMsgType type, const QMessageLogContext& context, const QSt
         ::_exit(EXIT_FAILURE);
 }
 
-void warn(MyMainWindow& mainWin, const QString& text)
-{
-    QMessageBox::warning(&mainWin, mainWin.windowTitle() + " : Warning ", text, QMessageBox::Ok, QMessageBox::NoButton);
-}
-
 /// Whether the named file may be opened; warns where it may not.
 bool check_file(MyMainWindow& mainWin, const QString& name)
 {
+    const QString title = mainWin.windowTitle() + " : Warning ";
     if (!QFileInfo(name).isReadable()) {
-        warn(mainWin, "<br />Error reading of file:<br />" + rich_name(name) + "<br /><hr />");
+        warn(&mainWin, title, "<br />Error reading of file:<br />" + rich_name(name) + "<br /><hr />");
         return false;
     }
     if (QFileInfo(name).size() == 0 || QFileInfo(name).suffix() != "dxf") {
-        warn(mainWin, "<br />The correct *.dxf file should be selected in command line.<br /><hr />");
+        warn(&mainWin, title, "<br />The correct *.dxf file should be selected in command line.<br /><hr />");
         return false;
     }
     return true;
@@ -79,7 +59,7 @@ bool check_file(MyMainWindow& mainWin, const QString& name)
 int main(int argc, char** argv)
 {
     Q_INIT_RESOURCE(Tolmera);
-    std::set_terminate(end_by_terminate);
+    std::set_new_handler(end_without_memory);
     default_handler = qInstallMessageHandler(handle_message);
 
     QApplication app(argc, argv);
@@ -106,7 +86,8 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
-    if (!mainWin.isVisible()) // closed while the splash screen went, so no last window is left to end the loop
+    // The window may have been closed while the splash screen went; then nothing else would end the loop.
+    if (!mainWin.isVisible())
         QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();
 }

@@ -1,45 +1,95 @@
-// What the tests share: files in a temporary folder, a view that shows what is protected, and boxes that get answered.
+// What the tests share: files in a temporary folder, the scenes of texts.txt, and a user who answers boxes and looks at
+// the screen.
 #pragma once
 
 #include <QtTest>
 #include <QtWidgets>
 
-#include <cstring>
-#include <memory>
+#include <functional>
 
-#include "Drawing/DXFL_Processing.h"
-#include "GL/GLObject.h"
-#include "GL/QGLEditor.h"
+#include "Drawing/DRVect3d.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // Drivers stay loaded to the end, so that a leak in one is told by its name.
-extern "C" int dlclose(void* /*library*/) noexcept { return 0; }
+extern "C" int dlclose(void* /*library*/) noexcept
+{
+    return 0;
+}
 #endif
 
 inline QTemporaryDir& folder()
 {
-    static QTemporaryDir the_folder;
+    static QTemporaryDir the_folder(QFileInfo(QDir::tempPath()).canonicalFilePath() + "/test");
     return the_folder;
 }
 
-/// Runs a test class as the program would run: with its pictures, and with settings of its own.
-#define TOLMERA_TEST(Class)                                                                                            \
-    int main(int argc, char** argv)                                                                                    \
-    {                                                                                                                  \
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder().path()));                                                \
-        Q_INIT_RESOURCE(Tolmera);                                                                                      \
-        const QApplication app(argc, argv);                                                                            \
-        Class test;                                                                                                    \
-        return QTest::qExec(&test, argc, argv);                                                                        \
+/// Before main(): the pictures, and settings of the test's own.
+static void prepare()
+{
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder().path()));
+    Q_INIT_RESOURCE(Tolmera);
+}
+Q_CONSTRUCTOR_FUNCTION(prepare)
+
+/// What has come up since the last step of a scene, a line each.
+inline QStringList& seen()
+{
+    static QStringList lines;
+    return lines;
+}
+
+inline QDebug operator<<(QDebug debug, const DRVect3d& vector)
+{
+    return debug << vector.x() << vector.y() << vector.z();
+}
+
+template <typename... T> void note(const T&... values)
+{
+    QString line;
+    (QDebug(&line).noquote() << ... << values);
+    seen() += line.replace('\n', "\\n").trimmed();
+}
+
+/// A section of texts.txt, up to the next blank line; FOLDER stands for the temporary folder.
+inline QString section(const QString& name)
+{
+    QFile file(QFINDTESTDATA("texts.txt"));
+    file.open(QIODevice::ReadOnly);
+    const QString text = QString(file.readAll()).replace("FOLDER", folder().path());
+    return text.section("[" + name + "]\n", 1).section("\n\n", 0, 0);
+}
+
+/// Plays the scene of the current test function in texts.txt: does what each line says that begins with "> ", and
+/// compares what comes up with the lines below it. `look` notes what lasts, until it is as expected or for five
+/// seconds.
+template <typename Act>
+void play(
+    const Act& act, const std::function<void()>& look = [] {})
+{
+    for (const QString& step : ("\n" + section(QTest::currentTestFunction())).split("\n> ").mid(1)) {
+        const QStringList expected = step.split('\n').mid(1);
+        const QString doing = step.section('\n', 0, 0);
+        seen().clear();
+        act(doing);
+        const QStringList done = seen();
+        const auto is_as_expected = [&] {
+            seen() = done;
+            look();
+            return seen() == expected;
+        };
+        if (!QTest::qWaitFor(is_as_expected))
+            for (int i = 0; i < qMax(expected.size(), seen().size()); ++i)
+                QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
     }
+}
 
 /// Writes a file into the temporary folder and returns its path.
 inline QString write_file(const QString& name, const QByteArray& bytes)
 {
     QFile file(folder().filePath(name));
     QDir().mkpath(QFileInfo(file).path());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(name));
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
     return file.fileName();
 }
 
@@ -56,90 +106,36 @@ inline QByteArray dxf(const QByteArrayList& entities)
     return text + "  0\nENDSEC\n  0\nEOF\n";
 }
 
-inline std::unique_ptr<DraftEntity> entity(DraftEntity::EntityType type, const std::vector<double>& coordinates)
+/// What the X server shows of a native widget, at a position from its upper left corner.
+inline QString shown(const QWidget& widget, QPoint pos)
 {
-    auto made = std::make_unique<DraftEntity>(type);
-    for (unsigned int i = 0; i < coordinates.size(); ++i)
-        made->set_coordinate(coordinates[i], static_cast<DraftEntity::Coordinate>(i % 3), i / 3);
-    made->compute_normal();
-    return made;
+    return widget.screen()->grabWindow(widget.winId(), pos.x(), pos.y(), 4, 4).toImage().pixelColor(0, 0).name();
 }
 
-/// A view of entities that it owns, with its protected operations in the open.
-class View : public QGLEditor
+/// The shape of the override cursor, in Qt's words.
+inline QString cursor()
+{
+    const QCursor* cursor = QApplication::overrideCursor();
+    return cursor == nullptr ? "-" : QMetaEnum::fromType<Qt::CursorShape>().valueToKey(cursor->shape());
+}
+
+/// Answers every modal window that comes up while it lives: notes a message box, with its icon, its parent, the cursor
+/// over it, its title and its text, and presses its only button, Ok; hands any other window to `on_dialog`.
+class User : public QTimer
 {
 public:
-    View() : QGLEditor(nullptr) {}
-
-    GLObject* add(DraftEntity::EntityType type, const std::vector<double>& coordinates)
+    explicit User(const std::function<void(QWidget*)>& on_dialog = {})
     {
-        my_entities.push_back(entity(type, coordinates));
-        auto* object = new GLObject(my_entities.back().get());
-        object->local_id(1023 + my_entities.size());
-        add_drawing_object(object);
-        return object;
-    }
-
-    void show_at(int width, int height)
-    {
-        setWindowFlag(Qt::FramelessWindowHint);
-        resize(width, height);
-        show();
-        QVERIFY(QTest::qWaitForWindowExposed(this));
-        QTRY_COMPARE(size(), QSize(width, height));
-        makeCurrent();
-    }
-
-    /// The frame as it is drawn now.
-    QImage picture()
-    {
-        makeCurrent();
-        paintGL();
-        return grabFrameBuffer();
-    }
-
-    void mouse(QEvent::Type type, QPoint pos, Qt::MouseButton button, Qt::MouseButtons buttons)
-    {
-        QMouseEvent event(type, pos, button, buttons, Qt::NoModifier);
-        QCoreApplication::sendEvent(this, &event);
-    }
-
-    using QGLEditor::resizeGL;
-    int repaints = 0;
-
-protected:
-    void paintGL() override
-    {
-        ++repaints;
-        QGLEditor::paintGL();
-    }
-
-private:
-    std::vector<std::unique_ptr<DraftEntity>> my_entities;
-};
-
-/// Answers every modal window that comes up while it lives: notes a message box as "title|text", with "|wait" where
-/// it came up under a wait cursor, and presses its only button, Ok; hands any other window to `on_dialog`.
-class BoxReader
-{
-public:
-    explicit BoxReader(const std::function<void(QWidget*)>& on_dialog = {})
-    {
-        QObject::connect(&my_timer, &QTimer::timeout, [this, on_dialog] {
+        callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                boxes +=
-                    box->windowTitle() + "|" + box->text() + (QApplication::overrideCursor() != nullptr ? "|wait" : "");
-                if (box->standardButtons() == QMessageBox::Ok) box->button(QMessageBox::Ok)->click();
+                note(box->icon(), box->parent()->metaObject()->className(), cursor(), box->windowTitle() + "|" + box->text());
+                if (box->standardButtons() == QMessageBox::Ok)
+                    box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {
                 on_dialog(window);
             }
         });
-        my_timer.start(20);
+        start(10);
     }
-
-    QStringList boxes;
-
-private:
-    QTimer my_timer;
 };

@@ -1,11 +1,10 @@
-// The main window: its commands and when they are enabled, opening files, the Window menu, settings.
+// The main window and its drawing windows: texts, what each command does, opening and closing, place, memory.
 
 #include "helper.h"
 
+#include "GL/GLObject.h"
 #include "GUI/File/MyGlMDIChild.h"
 #include "GUI/MyMainWindow.h"
-
-#include <sys/stat.h>
 
 namespace
 {
@@ -15,36 +14,41 @@ class Main : public MyMainWindow
 public:
     Main()
     {
+        resize(1100, 800);
         show();
         activateWindow();
-        if (!QTest::qWaitForWindowActive(this)) qFatal("the main window does not become active");
+        (void)QTest::qWaitForWindowActive(this);
     }
 
-    QMdiArea* area() const { return findChild<QMdiArea*>(); }
-    MyGlMDIChild* drawing(int index) const
+    /// Chooses the command with this text, without ampersands and dots.
+    void choose(const QString& text)
     {
-        return static_cast<MyGlMDIChild*>(area()->subWindowList().at(index)->widget());
-    }
-
-    /// The command with this text, without ampersands and dots.
-    QAction* command(const QString& text) const
-    {
+        windows->aboutToShow();
         for (QAction* action : findChildren<QAction*>())
-            if (action->text().remove('&').remove("...") == text) return action;
-        qFatal("no command %s", qPrintable(text));
+            if (action->text().remove('&').remove("...") == text)
+                return action->trigger();
     }
 
-    QString enabled(const QString& texts) const
+    MyGlMDIChild* active() const
     {
-        QStringList found;
-        for (const QString& text : texts.split('|'))
-            if (command(text)->isEnabled()) found += text;
-        return found.join('|');
+        return area->activeSubWindow() ? qobject_cast<MyGlMDIChild*>(area->activeSubWindow()->widget()) : nullptr;
     }
 
+    QMdiArea* const area = findChild<QMdiArea*>();
+    QMenu* const windows = menuBar()->actions().at(2)->menu();
     using MyMainWindow::current_dxf_file_dir;
     using MyMainWindow::ogl_version;
 };
+
+/// The names of the pictures that an icon shows; more than one if they are alike.
+QString told(const QIcon& icon)
+{
+    QStringList names;
+    for (const QString& name : QDir(":/images").entryList())
+        if (icon.pixmap(32).toImage() == QIcon(":/images/" + name).pixmap(32).toImage())
+            names += name;
+    return names.join('+');
+}
 
 QString told(const QWidget* menu)
 {
@@ -55,16 +59,18 @@ QString told(const QWidget* menu)
     return text;
 }
 
-QString drawing(const QString& name)
+/// What the screen shows of a drawing that can tell the sides and the renderings.
+QString told_picture(const QWidget& view)
 {
-    return write_file(name, dxf({"3DFACE 1.0 1.0 0.5 2.0 1.0 0.5 2.0 2.0 0.5", "POINT 1.0 1.0 1.0"}));
+    QString names;
+    for (const QString& place : section("places").split('\n')) {
+        const QPointF pos = QPointF(place.section(' ', 1, 1).toInt(), -place.section(' ', 2).toInt()) / 18 *
+                            qMin(view.width(), view.height());
+        if (QColor(shown(view, view.rect().center() + pos.toPoint())).lightness() > 200)
+            names += place.section(' ', 0, 0) + " ";
+    }
+    return names;
 }
-
-const QString rendering = "Point rendering|Wireframe rendering|Solid rendering";
-const QString other =
-    "Open DXF-file|Information|Exit|Front|Bottom|Source view|Close|Close All|Tile|Cascade|Next|Previous|"
-    "About|References|About DXF|Switch layout direction";
-const QString without_drawing = "Open DXF-file|Exit|About|References|About DXF|Switch layout direction";
 
 } // namespace
 
@@ -73,174 +79,169 @@ class TestMainWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        QSettings("Lastrove", "Tolmera").setValue("pos", QPoint(40, 60));
-        QSettings("Lastrove", "Tolmera").setValue("size", QSize(900, 700));
-    }
+    void init() { QSettings("Lastrove", "Tolmera").clear(); }
 
-    void has_its_texts_keys_slots_and_pictures()
-    {
-        const Main window;
-        QStringList texts;
-        for (const QAction* action : window.findChildren<QAction*>("", Qt::FindDirectChildrenOnly))
-            texts += QStringList{action->text(), action->shortcut().toString(), action->statusTip(),
-                action->icon().isNull() ? "" : "icon"}
-                         .join('|');
-        for (const QAction* action : window.menuBar()->actions())
-            texts += action->isSeparator() ? "-" : told(action->menu());
-        for (const QToolBar* bar : window.findChildren<QToolBar*>()) texts += told(bar);
-        texts += window.windowTitle() + "|" + window.statusBar()->currentMessage();
-        for (int i = MyMainWindow::staticMetaObject.methodOffset(); i < window.metaObject()->methodCount(); ++i)
-            texts += window.metaObject()->method(i).methodSignature();
-        for (const QString& name : QDir(":/images").entryList()) {
-            QFile file(":/images/" + name);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            // Width, height, bit depth and colour type of a PNG's header chunk.
-            texts += name + " " + file.read(26).mid(16).toHex() +
-                     QString::number(QResource(file.fileName()).compressionAlgorithm());
-        }
-        QFile expected(QFINDTESTDATA("main_window.txt"));
-        QVERIFY(expected.open(QIODevice::ReadOnly));
-        QCOMPARE(texts, QString(expected.readAll()).trimmed().split('\n'));
-    }
-
-    void commands_follow_the_active_drawing()
+    void has_texts_keys_and_icons()
     {
         Main window;
-        const BoxReader reader;
-        QCOMPARE(window.enabled(other + "|" + rendering), without_drawing);
-        for (int i = MyMainWindow::staticMetaObject.methodOffset() + 10; i < window.metaObject()->methodCount(); ++i)
-            QVERIFY(window.metaObject()->method(i).invoke(&window)); // does nothing
-
-        QVERIFY(window.open_dxf(drawing("a.dxf")));
-        QCOMPARE(window.enabled(other + "|" + rendering), other + "|Point rendering|Solid rendering");
-        window.command("Solid rendering")->trigger();
-        QCOMPARE(window.enabled(rendering), QString("Point rendering|Wireframe rendering"));
-        QVERIFY(window.open_dxf(drawing("b.dxf")));
-        window.command("Point rendering")->trigger();
-        QCOMPARE(window.enabled(rendering), QString("Wireframe rendering|Solid rendering"));
-        for (unsigned long i = 0; i < 2; ++i)
-            QVERIFY(window.drawing(0)->get_drawing_object(i)->rendering() == GLObject::SOLID &&
-                    window.drawing(1)->get_drawing_object(i)->rendering() == GLObject::POINT);
-        const std::pair<const char*, DRVect3d> views[] = {{"Back", {0, 180, 0}}, {"Left", {0, 90, 0}},
-            {"Right", {0, -90, 0}}, {"Top", {90, 0, 0}}, {"Bottom", {-90, 0, 0}}, {"Front", {}}, {"Source view", {}}};
-        for (const auto& [text, rotation] : views) {
-            window.drawing(1)->drawing_rotation({1, 2, 3});
-            window.drawing(1)->drawing_scaling(7);
-            window.command(text)->trigger();
-            QVERIFY(window.drawing(1)->drawing_rotation() == rotation &&
-                    window.drawing(0)->drawing_rotation() == DRVect3d());
-        }
-        QCOMPARE(window.drawing(1)->drawing_scaling(), 0.5);
-        QVERIFY(window.open_dxf(write_file("none.dxf", "0\n")));
-        QCOMPARE(window.enabled(rendering), rendering);
-
-        // Another window takes the focus and gives it back.
-        QWidget another;
-        another.show();
-        another.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&another));
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        QTRY_COMPARE(window.enabled(other), other);
-        window.area()->setActiveSubWindow(window.area()->subWindowList().first());
-        QCOMPARE(window.enabled(rendering), QString("Point rendering|Wireframe rendering"));
-        for (const Qt::LayoutDirection direction : {Qt::RightToLeft, Qt::LeftToRight}) {
-            window.command("Switch layout direction")->trigger();
-            QCOMPARE(QApplication::layoutDirection(), direction);
-        }
-        window.command("Close All")->trigger();
-        QTRY_COMPARE(window.enabled(other + "|" + rendering), without_drawing);
+        window.ogl_version = "v.9 X, ";
+        const User user;
+        play([&](const QString& step) {
+            for (const QAction* action : window.findChildren<QAction*>("", Qt::FindDirectChildrenOnly))
+                if (step == "actions")
+                    note(action->text() + "|" + QKeySequence::listToString(action->shortcuts()) + "|" +
+                         action->statusTip() + "|" + told(action->icon()));
+            for (const QAction* action : window.menuBar()->actions())
+                if (step == "menus")
+                    note(action->isSeparator() ? "-" : told(action->menu()));
+            for (const QToolBar* bar : window.findChildren<QToolBar*>())
+                if (step == "toolbars")
+                    note(told(bar));
+            if (step == "window")
+                note(told(window.menuBar()->actions().first()->menu()->actions().at(3)->icon()),
+                     told(window.windowIcon()), window.windowTitle(), window.statusBar()->currentMessage());
+            const QImage icon(":/images/" + step);
+            QPoint lit; // side
+            for (int i = 0; i < icon.width() * icon.width(); ++i)
+                if (icon.pixelColor(i % 32, i / 32).red() > icon.pixelColor(i % 32, i / 32).blue() + 100)
+                    lit += QPoint(2 * (i % 32) - 31, 2 * (i / 32) - 31);
+            if (!icon.isNull())
+                note(lit / 1000);
+            window.choose(step);
+            window.setWindowTitle("T <img src=f>"); // as a maximised drawing puts its name into the title
+            seen().replaceInStrings(qVersion(), "QT").replaceInStrings(" v." VERSION ".<", " v.VERSION.<");
+        });
     }
 
-    void opens_through_the_dialog()
+    void commands_act()
     {
         Main window;
-        QString choice, dialog_facts;
-        const BoxReader reader([&](QWidget* modal) {
+        const User user;
+        play(
+            [&](const QString& step) {
+                for (const QString& name : step.split(' ').mid(1))
+                    if (step.startsWith("open "))
+                        QVERIFY(window.open_dxf(write_file(name, dxf(section("scene").toLatin1().split('\n')))));
+                if (step.startsWith("ctrl"))
+                    QProcess::execute("xdotool", {"key", "--clearmodifiers", step});
+                if (step == "navigate")
+                    note(window.active()->drawing_translation({0.3, 0.2, 0.1}), window.active()->drawing_scaling(7));
+                if (step == "frame without a drawing")
+                    window.area->addSubWindow(new QWidget)->show();
+                if (step == "menu") {
+                    window.windows->popup({});
+                    note(told(window.windows));
+                    const auto objects = window.findChildren<QObject*>().size();
+                    window.windows->aboutToShow();
+                    note(window.findChildren<QObject*>().size() - objects, "more objects");
+                    delete window.area->subWindowList().at(1);
+                    note(told(window.windows));
+                    window.windows->close();
+                }
+                window.choose(step);
+                for (int i = 0; window.active() != nullptr && window.active()->get_drawing_object(i) != nullptr; ++i)
+                    window.active()->get_drawing_object(i)->thickness(7);
+            },
+            [&] {
+                QStringList titles, disabled;
+                QRegion frames;
+                for (const QMdiSubWindow* frame : window.area->subWindowList()) {
+                    titles += (frame == window.area->activeSubWindow() ? "*" : "") + frame->windowTitle();
+                    frames += frame->geometry();
+                }
+                note(titles.join(' '), titles.size() < 5 && frames == window.area->viewport()->rect() ? "tiled |" : "|",
+                     window.active() != nullptr ? told_picture(*window.active()) : "no drawing");
+                for (const QAction* action : window.findChildren<QAction*>("", Qt::FindDirectChildrenOnly))
+                    if (!action->isEnabled())
+                        disabled += action->text().remove('&');
+                note("disabled:", disabled.join(','), QApplication::layoutDirection());
+            });
+        QVERIFY(!window.isVisible());
+    }
+
+    void opens_files()
+    {
+        write_file("sub/Häuser Дом 家.dxf", dxf(section("mixed").toLatin1().split('\n')));
+        write_file("origin.dxf", dxf({"POINT 0.0 0.0 0.0"}));
+        write_file("<IMG src=f>.dxf", "");
+        write_file("<p\nstyle.dxf", dxf({"TEXT 1.0"}));
+        Main window;
+        QString choice;
+        const User user([&](QWidget* modal) {
             auto* dialog = qobject_cast<QFileDialog*>(modal);
-            dialog_facts =
-                dialog->windowTitle() + "|" + dialog->directory().path() + "|" + dialog->nameFilters().join('|');
+            note(dialog->parent()->metaObject()->className(), dialog->windowTitle(), dialog->directory().path(),
+                 dialog->nameFilters().join("; "));
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(choice);
             choice.isEmpty() ? dialog->reject() : static_cast<QDialog*>(dialog)->accept();
         });
-        const auto open = [&](const QString& path) {
-            choice = path;
-            window.command("Open DXF-file")->trigger();
-            QVERIFY(QApplication::overrideCursor() == nullptr);
-        };
-        open("");
-        QVERIFY(window.area()->subWindowList().isEmpty() && window.statusBar()->currentMessage() == "Ready");
-        open(drawing("sub/Häuser.dxf"));
-        QCOMPARE(window.statusBar()->currentMessage(), QString("File loaded"));
-        QVERIFY(window.ogl_version.startsWith("v.") && window.ogl_version != "v.unknown, ");
-        QCOMPARE(window.current_dxf_file_dir, QFileInfo(choice).canonicalPath());
-        QVERIFY(window.open_dxf(drawing("b.dxf")));
-        window.drawing(1)->parentWidget()->showMaximized();
-
-        // A FIFO cannot be read as a drawing: two boxes, and nothing is left of its window.
-        const QString loaded_from = window.current_dxf_file_dir;
-        const QString fifo = folder().filePath("fifo.dxf"), title = window.windowTitle();
-        QVERIFY(mkfifo(QFile::encodeName(fifo), 0600) == 0 && title.contains("b.dxf"));
-        open(fifo);
-        QCOMPARE(dialog_facts, title + " : Open File|" + loaded_from + "|Drawings ( *.dxf )|All files ( *.* )");
-        QCOMPARE(reader.boxes.mid(1),
-            QStringList(title + " : Warning |<br />Error reading of file: &#8220;" + fifo + "&#8221;.<br /><hr />"));
-        QVERIFY(reader.boxes[0].startsWith("Warning |<br />"));
-        QVERIFY(window.statusBar()->currentMessage() == "Loading DXF file..." &&
-                window.current_dxf_file_dir == loaded_from);
-        QVERIFY(window.area()->subWindowList().size() == 2 && window.findChildren<MyGlMDIChild*>().size() == 2);
-        QCOMPARE(window.windowTitle(), title); // the active drawing is the one that was
+        connect(window.statusBar(), &QStatusBar::messageChanged, [&](const QString& message) {
+            const auto* timer = window.statusBar()->findChild<QTimer*>();
+            if (!message.isEmpty())
+                note("status", message, timer != nullptr ? timer->interval() : 0, cursor());
+        });
+        QDir::setCurrent(folder().path());
+        play([&](const QString& step) { // a file for the dialog, or for the function
+            choice = step.section(' ', 1).replace("%n", "\n").replace("%u", QString(QChar::ReplacementCharacter));
+            const auto widgets = window.findChildren<QWidget*>().size();
+            if (step.startsWith("dialog"))
+                window.choose("Open DXF-file");
+            else
+                note(window.open_dxf(choice));
+            note(cursor(), window.current_dxf_file_dir, window.ogl_version.left(2),
+                 window.findChildren<QWidget*>().size() == widgets ? "no more widgets" : "more widgets");
+            if (window.active() == nullptr)
+                return;
+            const MyGlMDIChild& drawing = *window.active();
+            note(drawing.windowTitle(), drawing.isVisible(), drawing.drawing_limit(), drawing.drawing_scaling(),
+                 drawing.drawing_source_scaling(), drawing.sizeHint(), drawing.minimumSizeHint());
+            if (drawing.quantity_of_drawing_objects() > 0)
+                window.choose("Information");
+            for (int i = 0; drawing.get_drawing_object(i) != nullptr; ++i)
+                note("object", drawing.get_drawing_object(i)->local_id());
+        });
+        QCOMPARE(window.ogl_version, window.active()->version_of_OpenGL());
     }
 
-    void window_menu_lists_the_drawings()
+    void keeps_its_place()
     {
+        play([](const QString& step) { // a name, and what is stored
+            write_file("Lastrove/Tolmera.conf", "[General]\n" + step.section("; ", 1).replace("; ", "\n").toUtf8());
+            QSettings settings("Lastrove", "Tolmera");
+            settings.sync();
+            MyMainWindow window;
+            note(window.geometry());
+            window.show();
+            window.setGeometry(150, 120, 600, 500);
+            struct Busy : QWidget {
+                void closeEvent(QCloseEvent* event) override { event->ignore(); }
+            };
+            if (step == "busy")
+                window.findChild<QMdiArea*>()->addSubWindow(new Busy)->show();
+            note(window.close());
+            settings.sync();
+            note(settings.allKeys().join(", "), settings.value("pos"), settings.value("size"));
+        });
+    }
+
+    void closed_drawings_give_their_memory_back()
+    {
+        const QByteArray face = "3DFACE 1.0 2.0 3.0 4.0 5.0 6.0 7.0 8.0 9.0 1.0 5.0 9.0";
+        const QString path = write_file("large.dxf", dxf((face + "|").repeated(20000).chopped(1).split('|')));
         Main window;
-        QString expected = "&Window:|Cl&ose|Close &All|-|&Tile|&Cascade|-|Ne&xt|Pre&vious|-";
-        for (int i = 1; i <= 12; ++i) {
-            QVERIFY(window.open_dxf(drawing(QString::number(i) + " a&b%1.dxf")));
-            expected += QString(i < 10 ? "|&%1 %1 a&b%" : "|%1 %1 a&b%").arg(i) + "1.dxf";
+        int megabytes[6] = {};
+        for (int& now : megabytes) {
+            QVERIFY(window.open_dxf(path));
+            window.choose("Close");
+            QTRY_COMPARE(window.findChildren<MyGlMDIChild*>().size(), 0);
+            QFile file("/proc/self/statm");
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            now = file.readAll().split(' ').at(1).toInt() / 256;
         }
-        QVERIFY(window.ogl_version.isEmpty() && !window.current_dxf_file_dir.isEmpty());
-        window.area()->addSubWindow(new QWidget)->show(); // a frame without a drawing has no entry
-        window.area()->setActiveSubWindow(window.area()->subWindowList().at(11));
-        auto* menu = window.findChildren<QMenu*>("", Qt::FindDirectChildrenOnly)
-                         .value(0, window.menuBar()->actions().at(2)->menu());
-        QMetaObject::invokeMethod(menu, "aboutToShow");
-        QCOMPARE(told(menu), QString(expected).replace("|12 12", "|x 12 12"));
-        const int children = window.findChildren<QObject*>().size();
-        menu->actions().at(9 + 2)->trigger();
-        QMetaObject::invokeMethod(menu, "aboutToShow");
-        QCOMPARE(told(menu), QString(expected).replace("|&3 3", "|x &3 3"));
-        QCOMPARE(window.findChildren<QObject*>().size(), children);
-        delete window.area()->subWindowList().at(1);
-        QCOMPARE(told(menu), QString(expected).replace("|&2 2 a&b%1.dxf", "").replace("|&3 3", "|x &3 3"));
-    }
-
-    void position_and_size_are_kept()
-    {
-        QSettings settings("Lastrove", "Tolmera");
-        const std::tuple<QVariant, QVariant, QSize> rows[] = {{QPoint(40, 60), QSize(640, 480), QSize(640, 480)},
-            {"torn", QSize(-5, 3), QSize(400, 400)}, {QPoint(90000, 9), QSize(40000, 9), QSize(400, 400)}};
-        for (const auto& [pos, size, expected] : rows) {
-            settings.setValue("pos", pos);
-            settings.setValue("size", size);
-            settings.sync();
-            Main window;
-            QVERIFY(window.size() == expected && window.screen()->geometry().contains(window.geometry()));
-            QVERIFY(window.open_dxf(drawing("a.dxf")));
-            window.resize(600, 500);
-            window.move(150, 120);
-            QTRY_VERIFY((window.pos() - QPoint(150, 120)).manhattanLength() < 40); // a frame may count
-            const QPoint moved_to = window.pos();
-            QVERIFY(window.close() && window.area()->subWindowList().isEmpty());
-            settings.sync();
-            QCOMPARE(settings.value("pos").toPoint(), moved_to);
-            QVERIFY(settings.value("size") == QSize(600, 500) && settings.allKeys().size() == 2);
-        }
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while
+        QVERIFY2(megabytes[5] - megabytes[1] < 4, qPrintable(QString("%1 MB more").arg(megabytes[5] - megabytes[1])));
+#endif
     }
 };
 
-TOLMERA_TEST(TestMainWindow)
+QTEST_MAIN(TestMainWindow)
 #include "main_window.moc"

@@ -1,30 +1,56 @@
-// What a view shows: its projection and matrices, its lights, and pixels of points, lines and faces.
+// A view: what it sends to OpenGL, what it shows, and the mouse on it. Runs at single and at twice the display's scale.
 
 #include "helper.h"
+
+#include "GL/GLObject.h"
+#include "GUI/File/MyGlMDIChild.h"
+
+#include <memory>
+#include <vector>
 
 namespace
 {
 
-QMatrix4x4 matrix(GLenum name)
+/// A view of the drawing in a section of texts.txt, with its protected operations in the open.
+class View : public MyGlMDIChild
+{
+public:
+    explicit View(const QString& entities, int number = 0) : MyGlMDIChild(nullptr)
+    {
+        loadFile(write_file("view.dxf", dxf(entities.toLatin1().split('\n'))));
+        setWindowFlag(Qt::FramelessWindowHint);
+        setGeometry(30 + 300 * number, 30, 200, 250);
+        show();
+        (void)QTest::qWaitForWindowExposed(this);
+        makeCurrent();
+    }
+
+    using QGLEditor::resizeGL;
+    int repaints = 0;
+
+protected:
+    void paintGL() override
+    {
+        ++repaints;
+        QGLEditor::paintGL();
+    }
+};
+
+/// Values of OpenGL's, rounded to thousandths.
+QString told(const GLfloat* values, int quantity)
+{
+    QStringList words;
+    for (int i = 0; i < quantity; ++i)
+        words += QString::number(std::round(values[i] * 1000.0) / 1000);
+    return words.join(' ');
+}
+
+void note_state(const char* name, GLenum state, int quantity)
 {
     GLfloat values[16] = {};
-    glGetFloatv(name, values);
-    return QMatrix4x4(values).transposed();
+    glGetFloatv(state, values);
+    note(name, told(values, quantity));
 }
-
-/// A light's position, ambient and diffuse colour.
-QString light(GLenum name)
-{
-    GLfloat v[12] = {};
-    glGetLightfv(name, GL_POSITION, v);
-    glGetLightfv(name, GL_AMBIENT, v + 4);
-    glGetLightfv(name, GL_DIFFUSE, v + 8);
-    QString told;
-    for (const GLfloat value : v) told += QString::number(value) + " ";
-    return told;
-}
-
-const QColor grey(128, 128, 128), white(245, 245, 245), magenta(255, 0, 255);
 
 } // namespace
 
@@ -33,118 +59,189 @@ class TestView : public QObject
     Q_OBJECT
 
 private slots:
-    // First, for the lights take their distance from the first view that the process initialises.
-    void lights_are_those_of_the_first_view()
+    void sets_up_its_context()
     {
-        for (const double limit : {10.0, 1000.0}) {
-            View view;
-            view.drawing_limit(limit);
-            view.show_at(100, 100);
-            QCOMPARE(light(GL_LIGHT0), QString("0 0 -100 0 0 0 0 1 1 1 1 1 "));
-            QCOMPARE(light(GL_LIGHT1), QString("0 0 100 0 0 0 0 1 1 1 1 1 "));
-            for (const GLenum on : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
-                QVERIFY(glIsEnabled(on));
-            for (const GLenum off : {GL_CULL_FACE, GL_COLOR_MATERIAL, GL_LIGHT_MODEL_TWO_SIDE, GL_BLEND})
-                QVERIFY(!glIsEnabled(off));
-            GLint front = 0, depth = 0;
-            glGetIntegerv(GL_FRONT_FACE, &front);
-            glGetIntegerv(GL_DEPTH_FUNC, &depth);
-            QVERIFY(front == GL_CW && depth == GL_LESS);
-        }
-    }
-
-    void projection()
-    {
-        const struct {
-            int width, height;
-            double limit;
-            QVector3D scales; // 1 / limit for z, for near is +limit
-        } rows[] = {{800, 600, 25, {0.75F, 1, 0.04F}}, {600, 800, 25, {1, 0.75F, 0.04F}}, {500, 500, 2, {1, 1, 0.5F}},
-            {800, 600, 0, {1, 1, 1}}, {0, 0, 2, {1, 1, 0.5F}}, {4, 0, 2, {0.25F, 1, 0.5F}}};
-        View view;
-        view.show_at(100, 100);
-        for (const auto& row : rows) {
-            view.drawing_limit(row.limit);
-            view.resizeGL(row.width, row.height);
-            QMatrix4x4 expected;
-            expected.scale(row.scales);
-            QCOMPARE(matrix(GL_PROJECTION_MATRIX), expected);
-            GLint viewport[4] = {};
-            glGetIntegerv(GL_VIEWPORT, viewport);
-            QVERIFY(viewport[2] == row.width && viewport[3] == row.height);
-        }
-    }
-
-    void model_is_turned_scaled_and_moved()
-    {
-        View view;
-        view.show_at(100, 100);
-        view.drawing_rotation({10, 20, 30});
-        view.drawing_translation({0.5, -0.25, 0.125});
-        view.drawing_scaling(2);
-        view.picture();
-        QMatrix4x4 expected;
-        expected.translate(0.5F, -0.25F, 0.125F);
-        expected.scale(2);
-        expected.rotate(10, 1, 0, 0);
-        expected.rotate(20, 0, 1, 0);
-        expected.rotate(30, 0, 0, 1);
-        QVERIFY(qFuzzyCompare(matrix(GL_MODELVIEW_MATRIX), expected));
-
-        QCOMPARE(view.orientation(static_cast<QGLEditor::Orientation_Mode>(6)), 6);
-        QVERIFY(view.drawing_rotation() == DRVect3d(10, 20, 30));
-        view.orientation(QGLEditor::TOP);
-        QVERIFY(view.drawing_translation() == DRVect3d(0.5, -0.25, 0.125) && view.drawing_scaling() == 2);
-        view.drawing_source_scaling(3);
-        view.set_source_drawing_view();
-        QVERIFY(view.drawing_rotation() == DRVect3d() && view.drawing_translation() == DRVect3d());
-        QVERIFY(view.drawing_scaling() == 3 && view.orientation() == QGLEditor::FRONT);
-    }
-
-    void orientations_show_different_sides()
-    {
-        View view;
-        view.show_at(200, 200);
-        view.add(DraftEntity::Point, {0.3, 0.5, 0.7})->thickness(9);
-        const QPoint places[] = {{130, 50}, {70, 50}, {170, 50}, {30, 50}, {130, 170}, {130, 30}};
-        for (int mode = QGLEditor::FRONT; mode <= QGLEditor::BOTTOM; ++mode) {
-            view.orientation(static_cast<QGLEditor::Orientation_Mode>(mode));
-            for (int i = 0; i < 6; ++i) QCOMPARE(view.picture().pixelColor(places[i]), i == mode ? white : grey);
-        }
-    }
-
-    void faces_are_lit_and_the_smaller_depth_is_in_front()
-    {
-        View view;
-        view.show_at(200, 200);
-        GLObject* square = view.add(
-            DraftEntity::Face, {-0.495, -0.495, 0.25, 0.505, -0.495, 0.25, 0.505, 0.505, 0.25, -0.495, 0.505, 0.25});
-        QCOMPARE(view.picture().pixelColor(100, 100), grey);
-        QCOMPARE(view.picture().pixelColor(50, 100), white); // an edge of the wireframe
-        square->rendering(GLObject::SOLID);
-        QVERIFY(view.picture().pixelColor(100, 100).lightness() > 250);
-        for (const double angle : {60.0, -60.0, 120.0}) { // lit alike, whichever way the normal points
-            view.drawing_rotation({angle, 0, 0});
-            QVERIFY(qAbs(view.picture().pixelColor(100, 100).lightness() - 133) < 4);
-        }
-        view.drawing_rotation({0, 0, 0});
-        view.add(DraftEntity::Line, {-1, 0.005, 0.2, 1, 0.005, 0.2})->set_mark(selected);
-        QCOMPARE(view.picture().pixelColor(100, 99), magenta);
-        view.drawing_rotation({0, 180, 0});
-        QVERIFY(view.picture().pixelColor(100, 99).lightness() > 250);
-        QCOMPARE(view.picture().pixelColor(20, 99), magenta);
-    }
-
-    void tells_the_version_of_OpenGL()
-    {
-        View view;
-        view.show_at(100, 100);
+        const View first("POINT 25.0 0.0 0.0");
+        View view("POINT 7.0 0.0 0.0", 1);
+        play([&](const QString& step) { // a size and a limit
+            const QStringList words = step.split(' ');
+            view.drawing_limit(words[2].toDouble());
+            glMatrixMode(GL_MODELVIEW);
+            glRotatef(30, 1, 0, 0);
+            view.resizeGL(words[0].toInt(), words[1].toInt());
+            note_state("viewport", GL_VIEWPORT, 4);
+            note_state("projection", GL_PROJECTION_MATRIX, 16);
+            note_state("model", GL_MODELVIEW_MATRIX, 16);
+        });
+        std::vector<int> state;
+        for (const int name :
+             {GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST, GL_DEPTH_WRITEMASK, GL_DOUBLEBUFFER,
+              GL_CULL_FACE, GL_LIGHT_MODEL_LOCAL_VIEWER, GL_FRONT_FACE, GL_DEPTH_FUNC, GL_MATRIX_MODE})
+            glGetIntegerv(name, &state.emplace_back());
+        QCOMPARE(state, (std::vector<int>{1, 1, 1, 1, 1, 1, 1, 0, 0, GL_CW, GL_LESS, GL_MODELVIEW}));
+        GLfloat values[28] = {};
+        glGetFloatv(GL_LIGHT_MODEL_AMBIENT, values);
+        for (int i = 0; i < 6; ++i) // GL_AMBIENT, GL_DIFFUSE and GL_POSITION of each light
+            glGetLightfv(GL_LIGHT0 + i / 3, GL_AMBIENT + i % 3 + i % 3 / 2, values + 4 + 4 * i);
+        QCOMPARE(told(values, 28), QString("0.2 0.2 0.2 1 0 0 0 1 1 1 1 1 0 0 -250 0 0 0 0 1 1 1 1 1 0 0 250 0"));
         const QString version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
         QCOMPARE(view.version_of_OpenGL(), "v." + version + ", ");
-        view.doneCurrent();
+        QOpenGLContext::currentContext()->doneCurrent();
         QCOMPARE(view.version_of_OpenGL(), QString("v.unknown, "));
+    }
+
+    /// Runs in a process of its own for each limit, too, for the first view of a process sets the lights.
+    void is_lit_whatever_the_first_limit()
+    {
+        const double limit = qgetenv("LIMIT").toDouble();
+        const View first("POINT " + qgetenv("LIMIT"));
+        GLfloat position[4] = {};
+        glGetLightfv(GL_LIGHT1, GL_POSITION, position);
+        QVERIFY(limit < 1e-15 || !(limit <= 1e15) || position[2] == static_cast<float>(10 * limit));
+        View view("3DFACE -1.0 -1.0 0.0 1.0 -1.0 0.0 1.0 1.0 0.0 -1.0 1.0 0.0", 1);
+        view.get_drawing_object(0)->rendering(GLObject::SOLID);
+        view.update();
+        QTRY_COMPARE(shown(view, {100, 100}), QString("#ffffff"));
+    }
+
+    void keeps_what_it_is_given()
+    {
+        play([](const QString& /*step*/) {
+            View view("POINT 1.0 1.0 1.0");
+            note(view.drawing_rotation({10, 20, 30}), view.drawing_translation({0.5, -0.25, 0.125}));
+            note(view.drawing_scaling(2), view.orientation(static_cast<QGLEditor::Orientation_Mode>(6)),
+                 view.orientation(), view.drawing_rotation(), view.drawing_translation(), view.drawing_limit());
+            view.updateGL();
+            note_state("model", GL_MODELVIEW_MATRIX, 16);
+            GLObject& object = *view.get_drawing_object(0);
+            note(object.thickness(), object.basic_color({1, 2, 3}), object.select_color({4, 5, 6}),
+                 object.basic_color());
+            note(object.set_mark(7), object.del_mark(2 + 8), object.mark(), object.check_mark(4 + 1),
+                 object.check_mark(2 + 1), object.check_any_mark(2 + 1), object.check_any_mark(2));
+            object.clear_mark();
+            std::vector<GLObject*> objects;
+            view.swap_drawing_objects(objects);
+            note(object.mark(), objects.size(), view.quantity_of_drawing_objects());
+            view.swap_drawing_objects(objects);
+            view.clear_drawing_objects();
+            note(view.quantity_of_drawing_objects());
+        });
+    }
+
+    void draws_objects()
+    {
+        const View view(section("objects"));
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glOrtho(0, 100, 0, 100, 0, -100);
+        glViewport(0, 0, 100, 100);
+        play([&](const QString& step) { // the number of an object, a rendering, a mark, and a name
+            const QStringList words = step.split(' ');
+            GLObject& object = *view.get_drawing_object(words[0].toULong());
+            object.thickness(3);
+            object.rendering(static_cast<GLObject::DRendering>(words[1].toInt()));
+            object.clear_mark();
+            object.set_mark(words[2].toUInt());
+            GLfloat values[200] = {};
+            glPointSize(7);
+            glLineWidth(7);
+            glFeedbackBuffer(200, GL_3D_COLOR, values);
+            glRenderMode(GL_FEEDBACK);
+            object.draw();
+            note("sends", told(values, glRenderMode(GL_RENDER)));
+            glGetMaterialfv(GL_FRONT, GL_DIFFUSE, values);
+            glGetMaterialfv(GL_BACK, GL_DIFFUSE, values + 4);
+            glGetFloatv(GL_LIGHTING, values + 8);
+            glGetFloatv(GL_POINT_SIZE, values + 9);
+            glGetFloatv(GL_LINE_WIDTH, values + 10);
+            note("leaves", told(values, 11));
+            note_state("normal", GL_CURRENT_NORMAL, 3);
+        });
+    }
+
+    void shows_what_is_lit_and_in_front()
+    {
+        View view(section("lit"));
+        view.get_drawing_object(1)->rendering(GLObject::SOLID);
+        view.get_drawing_object(2)->set_mark(selected);
+        play(
+            [&](const QString& step) { // an angle about the x axis, one about the y axis, and how far upwards
+                const QStringList words = step.split(' ');
+                view.drawing_rotation({words[0].toDouble(), words[1].toDouble(), 0});
+                view.drawing_translation({0, words[2].toDouble(), 0});
+                view.update();
+            },
+            [&] {
+                for (const QPoint pos : {QPoint(100, 124), QPoint(100, 120), QPoint(20, 124), QPoint(120, 50)})
+                    note(pos, shown(view, pos));
+            });
+    }
+
+    void follows_the_mouse()
+    {
+        QString entities = section("picked");
+        for (int i = 100; i < 250; ++i) // more than a pick takes, each nearer than the one before
+            entities += QString("\nPOINT 0.5025 -0.5025 -0.%1").arg(i);
+        std::unique_ptr<View> views[] = {std::make_unique<View>(entities), std::make_unique<View>("POINT 1.0", 1)};
+        views[0]->get_drawing_object(1)->set_mark(5);
+        views[0]->get_drawing_object(2)->rendering(GLObject::SOLID);
+        View* view = nullptr;
+        QPoint pos;
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        play(
+            [&](const QString& step) { // a view, an event, its position or delta, a button, and the buttons held
+                const QStringList words = step.split(' ');
+                const auto type = QMetaEnum::fromType<QEvent::Type>().keyToValue(words[1].toLatin1());
+                const auto buttons = [&](int word) {
+                    return QMetaEnum::fromType<Qt::MouseButtons>().keysToValue(words.value(word).toLatin1());
+                };
+                view = views[words[0].toInt()].get();
+                views[1]->makeCurrent();
+                view->repaints = 0;
+                pos = {words[2].toInt(), words[3].toInt()};
+                QWheelEvent wheel(pos, pos, {}, pos, {}, {}, Qt::NoScrollPhase, false);
+                QMouseEvent mouse(static_cast<QEvent::Type>(type), pos, pos, static_cast<Qt::MouseButton>(buttons(4)),
+                                  Qt::MouseButtons(buttons(5)), {});
+                QEvent& event = type == QEvent::Wheel ? static_cast<QEvent&>(wheel) : mouse;
+                event.ignore();
+                QCoreApplication::sendEvent(view, &event);
+                QString marked;
+                for (unsigned long i = 0; i < view->quantity_of_drawing_objects(); ++i)
+                    if (const unsigned int mark = view->get_drawing_object(i)->mark())
+                        marked += QString("%1:%2 ").arg(i).arg(mark);
+                note(view->drawing_rotation(), "|", view->drawing_translation(), "|", view->drawing_scaling(), "|",
+                     cursor());
+                note("picked", view->last_selected_entity_id(), "marked", marked + "repainted", view->repaints,
+                     event.isAccepted());
+            },
+            [&] { note("repainted", view->repaints, shown(*view, pos)); });
+        views[1].reset();
+        QCOMPARE(cursor(), QString("PointingHandCursor")); // the other view's
+        views[0].reset();
+        QCOMPARE(cursor(), QString("-"));
+    }
+
+    void lets_choose_the_background()
+    {
+        View view("POINT 1.0"), another("POINT 1.0", 1);
+        QString choice;
+        const User user([&](QWidget* window) {
+            auto* dialog = qobject_cast<QColorDialog*>(window);
+            note("preset", dialog->currentColor().name());
+            dialog->setCurrentColor(choice);
+            another.makeCurrent(); // as its repaint would
+            static_cast<QDialog*>(dialog)->done(choice == "none" ? QDialog::Rejected : QDialog::Accepted);
+        });
+        const auto choose = [&](const QString& color) {
+            choice = color;
+            QMouseEvent event(QEvent::MouseButtonDblClick, {5, 5}, {5, 5}, Qt::RightButton, Qt::RightButton, {});
+            QCoreApplication::sendEvent(&view, &event);
+        };
+        if (qgetenv("QT_XCB_GL_INTEGRATION") == "none") // there is nothing to look at, and nothing crashes
+            return choose("blue");
+        play(choose, [&] { note(shown(view, {50, 50}), shown(another, {50, 50})); });
     }
 };
 
-TOLMERA_TEST(TestView)
+QTEST_MAIN(TestView)
 #include "view.moc"

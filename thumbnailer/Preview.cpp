@@ -1,126 +1,171 @@
-// The isometric eye, and the drawing pass through the viewer's objects and lights.
+// The isometric eye, and what faces, lines and points become on the canvas.
 
 #include "Preview.h"
 
-#include <GL/gl.h>
+#include "Canvas.h"
+#include "Drawing/DraftEntity.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-
-#include "Drawing/DXFL_Processing.h"
-#include "GL/GLObject.h"
-#include "GL/Lighting.h"
-#include "OffscreenContext.h"
+#include <limits>
+#include <new>
 
 namespace
 {
 
-/// The axes of the eye in model coordinates, each of length `length`; as in the view, the eye's z axis points away.
-struct EyeAxis {
-    double x, y, z, length;
+// The axes of the eye in drawing coordinates. As in the viewer, z points away from the eye.
+const DRVect3d eye_x = DRVect3d().normalize({1, 0, 1});
+const DRVect3d eye_y = DRVect3d().normalize({-1, 2, 1});
+const DRVect3d eye_z = DRVect3d().normalize({-1, -1, 1});
+
+// On the canvas, where y points downwards: the front of a box is light, its top less, its side dark.
+const DRVect3d light = DRVect3d().normalize({0.32, 0.12, 0.94});
+
+constexpr unsigned char background = 80;    // darker than all that is drawn
+constexpr unsigned char darkest_face = 100; // which gets no light
+constexpr unsigned char object_color = 245; // of points, lines and the lightest face, as in the viewer
+
+constexpr double margin = 0.04;        // around the drawing, in parts of its reach
+constexpr int smoothing = 4;           // samples for one pixel, along each side
+constexpr double stroke = 1.5;         // of lines, and of points at least, in pixels
+constexpr double lone_point = 1.0 / 8; // the side of a point that is alone, in parts of the picture
+constexpr int faintest_contrast = 8;   // to the background, that can still be seen
+
+double dot(const DRVect3d& a, const DRVect3d& b)
+{
+    return a.x() * b.x() + a.y() * b.y() + a.z() * b.z();
+}
+
+DRVect3d seen_point(const DraftEntity& entity, unsigned int index)
+{
+    DRVect3d point;
+    entity.get_point(point, index);
+    return {dot(eye_x, point), dot(eye_y, point), dot(eye_z, point)};
+}
+
+struct Range {
+    double min = std::numeric_limits<double>::infinity();
+    double max = -std::numeric_limits<double>::infinity();
+
+    void add(double value)
+    {
+        if (value < min)
+            min = value;
+        if (value > max)
+            max = value;
+    }
+    // Halved first, since the sum of two large values may overflow.
+    double middle() const { return min / 2 + max / 2; }
+    double reach() const { return max / 2 - min / 2; }
 };
 
-const std::array<EyeAxis, 3> eye_axes{{
-    {1, 0, 1, std::sqrt(2.0)},
-    {-1, 2, 1, std::sqrt(6.0)},
-    {-1, -1, 1, std::sqrt(3.0)},
-}};
-
-constexpr double margin = 0.04; // around the drawing, in eye units
-constexpr int smoothing = 4;    // pixels drawn for one of the picture, along each side
-constexpr double stroke = 1.5;  // of points and lines, in pixels of the picture
-
-template <typename Change> void change_points(std::list<DraftEntity*>& entities, Change change)
+/// Draws entities onto a canvas for a picture of `size` pixels.
+class Painter
 {
-    for (DraftEntity* entity : entities) {
-        for (unsigned int i = 0; i < entity->points(); ++i) {
-            DRVect3d point;
-            entity->get_point(point, i);
-            const DRVect3d changed = change(point);
-            entity->set_coordinate(changed.x(), DraftEntity::X, i);
-            entity->set_coordinate(changed.y(), DraftEntity::Y, i);
-            entity->set_coordinate(changed.z(), DraftEntity::Z, i);
+public:
+    Painter(const SeenExtents& extents, int size, std::size_t quantity)
+        : canvas(size * smoothing, background), my_center(extents.center), my_middle(size * smoothing / 2.0),
+          my_scale(my_middle / (1 + margin) / (extents.reach > 0 ? extents.reach : 1)),
+          my_point_side(smoothing * std::max(stroke, lone_point * size / std::sqrt(static_cast<double>(quantity))))
+    {
+    }
+
+    void draw(const DraftEntity& entity)
+    {
+        std::array<DRVect3d, 4> corners;
+        for (unsigned int i = 0; i < entity.points(); ++i) {
+            corners[i] = on_canvas(seen_point(entity, i));
+            if (!std::isfinite(dot(corners[i], {1, 1, 1})))
+                return;
+        }
+        switch (entity.get_type()) {
+        case DraftEntity::Point:
+            draw_band(corners[0], corners[0], my_point_side);
+            break;
+        case DraftEntity::Line:
+            draw_band(corners[0], corners[1], smoothing * stroke);
+            break;
+        case DraftEntity::Face: {
+            const DRVect3d normal = DRVect3d().getNormal(corners[0], corners[1], corners[2]);
+            const double lit = darkest_face + (object_color - darkest_face) * std::fabs(dot(normal, light));
+            draw_face(corners, static_cast<unsigned char>(lit));
+            break;
+        }
         }
     }
-}
 
-double along(const EyeAxis& axis, const DRVect3d& point)
-{
-    return (axis.x * point.x() + axis.y * point.y() + axis.z * point.z()) / axis.length;
-}
+    Canvas canvas;
 
-/// The middle between two values that may be too large for their sum.
-double middle(double a, double b)
-{
-    return a / 2 + b / 2;
-}
-
-void draw_objects(const std::list<DraftEntity*>& entities)
-{
-    for (DraftEntity* entity : entities) {
-        GLObject object(entity);
-        object.rendering(GLObject::SOLID);
-        object.thickness(stroke * smoothing);
-        object.draw();
+private:
+    DRVect3d on_canvas(const DRVect3d& point) const
+    {
+        const DRVect3d from_center = point - my_center;
+        return {my_middle + my_scale * from_center.x(), my_middle - my_scale * from_center.y(),
+                my_scale * from_center.z()};
     }
-}
 
-/// The current context's picture.
-QImage read_pixels(int side)
-{
-    QImage image(side, side, QImage::Format_RGB32);
-    glReadPixels(0, 0, side, side, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, image.bits());
-    return image;
-}
+    void draw_face(const std::array<DRVect3d, 4>& corners, unsigned char grey)
+    {
+        canvas.fill_triangle(corners[0], corners[1], corners[2], grey);
+        canvas.fill_triangle(corners[0], corners[2], corners[3], grey);
+    }
+
+    /// A line with square ends; a square where the line has no length.
+    void draw_band(const DRVect3d& from, const DRVect3d& to, double width)
+    {
+        const double x = to.x() - from.x();
+        const double y = to.y() - from.y();
+        const double length = std::hypot(x, y);
+        const DRVect3d along =
+            length > 0 ? DRVect3d(x / length * width / 2, y / length * width / 2, 0) : DRVect3d(width / 2, 0, 0);
+        const DRVect3d across(-along.y(), along.x(), 0);
+        draw_face({from - along - across, from - along + across, to + along + across, to + along - across},
+                  object_color);
+    }
+
+    DRVect3d my_center;
+    double my_middle; // of the canvas, in samples
+    double my_scale;  // samples for a drawing unit
+    double my_point_side;
+};
 
 } // namespace
 
-bool bring_into_view(std::list<DraftEntity*>& entities, const DXFL_Processing& reader)
+std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
 {
-    change_points(entities, [](const DRVect3d& point) {
-        return DRVect3d(along(eye_axes[0], point), along(eye_axes[1], point), along(eye_axes[2], point));
-    });
-
-    DRVect3d min;
-    DRVect3d max;
-    double limit = 0.0;
-    if (!reader.get_boundary(entities, min, max, limit) || !std::isfinite(limit))
-        return false;
-    const DRVect3d center(middle(min.x(), max.x()), middle(min.y(), max.y()), middle(min.z(), max.z()));
-    const double reach = std::max({max.x() - center.x(), max.y() - center.y(), max.z() - center.z()});
-    const double unit = reach > 0 ? reach : 1.0;
-    change_points(entities, [&](const DRVect3d& point) {
-        const DRVect3d moved = point - center;
-        return DRVect3d(moved.x() / unit, moved.y() / unit, moved.z() / unit);
-    });
-
-    for (DraftEntity* entity : entities)
-        entity->compute_normal();
-    return true;
+    Range x;
+    Range y;
+    Range z;
+    for (const DraftEntity* entity : entities) {
+        for (unsigned int i = 0; i < entity->points(); ++i) {
+            const DRVect3d point = seen_point(*entity, i);
+            x.add(point.x());
+            y.add(point.y());
+            z.add(point.z());
+        }
+    }
+    if (!std::isfinite(x.reach()) || !std::isfinite(y.reach()) || !std::isfinite(z.reach()))
+        return std::nullopt;
+    return SeenExtents{{x.middle(), y.middle(), z.middle()}, std::max(x.reach(), y.reach())};
 }
 
-QImage draw_preview(const std::list<DraftEntity*>& entities, int size)
+QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& extents, int size)
 {
-    const int side = smoothing * size;
-    const OffscreenContext context(side);
-    if (!context.is_current())
-        return {};
+    Painter painter(extents, size, entities.size());
+    for (const DraftEntity* entity : entities)
+        painter.draw(*entity);
 
-    // With the lights moved to the left of the eye and up, the front of a box is light, its top less, its side dark.
-    glMatrixMode(GL_MODELVIEW);
-    glRotated(7, 1, 0, 0);
-    glRotated(18.5, 0, 1, 0);
-    set_up_lighting(1.0);
-    glLoadIdentity();
-
-    // From the smallest to the largest z, as in the view: the eye sees what has the smallest.
-    // Upwards is downwards, for OpenGL's rows begin at the bottom and a picture's at the top.
-    const double reach = 1.0 + margin;
-    glMatrixMode(GL_PROJECTION);
-    glOrtho(-reach, reach, reach, -reach, reach, -reach);
-    glClearColor(128 / 255.0F, 128 / 255.0F, 128 / 255.0F, 1.0F);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    draw_objects(entities);
-    return read_pixels(side).scaled(size, size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage picture(size, size, QImage::Format_Grayscale8);
+    if (picture.isNull())
+        throw std::bad_alloc();
+    bool shows_anything = false;
+    for (int y = 0; y < size; ++y) {
+        unsigned char* const row = picture.scanLine(y);
+        for (int x = 0; x < size; ++x) {
+            row[x] = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
+            shows_anything |= row[x] - background >= faintest_contrast;
+        }
+    }
+    return shows_anything ? picture : QImage();
 }

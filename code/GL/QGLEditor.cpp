@@ -3,7 +3,6 @@
 #include "QGLEditor.h"
 
 #include "GLObject.h"
-#include "Lighting.h"
 
 #include <GL/glu.h>
 
@@ -15,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <initializer_list>
 
 namespace
 {
@@ -39,7 +39,7 @@ constexpr unsigned int bufMaxSize = 512;
 /// and the largest depth, the name.
 constexpr unsigned int entries_per_hit = 4;
 
-/// The name of the hit with the smallest depth, which either of its two may be; the earliest of equal ones.
+/// The name of the hit whose nearer depth is smallest; of equal ones, the earliest.
 GLuint front_name(const GLuint* buffer, unsigned long quantity)
 {
     const auto depth = [](const GLuint* hit) { return std::min(hit[1], hit[2]); };
@@ -57,14 +57,27 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
     return (buttons & wanted) == wanted;
 }
 
-/// Takes back the drag cursors whose release will not come: another window or the end of the view takes it, or a next
-/// press shows that it was missed.
-void drop_stale_drag_cursors()
+/// Two opposite lights on the z axis of eye space, one behind the viewer and one before.
+void set_up_lights(double limit)
 {
-    for (const QCursor* cursor = QApplication::overrideCursor();
-         cursor != nullptr && (cursor->shape() == Qt::PointingHandCursor || cursor->shape() == Qt::SizeAllCursor);
-         cursor = QApplication::overrideCursor())
-        QApplication::restoreOverrideCursor();
+    // The fourth component is 0, so the lights are at infinity and only their directions count. OpenGL normalises
+    // these, so the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
+    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
+    static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
+    static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
+    const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
+    const GLfloat diffuse[] = {1.0F, 1.0F, 1.0F, 1.0F};
+    glLightfv(GL_LIGHT0, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT0, GL_POSITION, position0);
+    glLightfv(GL_LIGHT1, GL_AMBIENT, ambient);
+    glLightfv(GL_LIGHT1, GL_DIFFUSE, diffuse);
+    glLightfv(GL_LIGHT1, GL_POSITION, position1);
+
+    const GLfloat lmodelAmbient[] = {0.2F, 0.2F, 0.2F, 1.0F};
+    const GLfloat localView[] = {0.0F};
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, lmodelAmbient);
+    glLightModelfv(GL_LIGHT_MODEL_LOCAL_VIEWER, localView);
 }
 
 } // namespace
@@ -76,7 +89,7 @@ QGLEditor::QGLEditor(QWidget* parent) : QGLWidget(parent, nullptr, Qt::WindowFla
 
 QGLEditor::~QGLEditor()
 {
-    drop_stale_drag_cursors();
+    give_back_cursors();
     clear_drawing_objects();
 }
 
@@ -137,7 +150,12 @@ QString QGLEditor::version_of_OpenGL() const
 void QGLEditor::initializeGL()
 {
     qglClearColor(Qt::darkGray);
-    set_up_lighting(drw_limit);
+    glDisable(GL_CULL_FACE);
+    set_up_lights(drw_limit);
+    glFrontFace(GL_CW);
+    for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
+        glEnable(capability);
+    glDepthFunc(GL_LESS);
 }
 
 void QGLEditor::resizeGL(int wwidth, int wheight)
@@ -198,16 +216,29 @@ void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
     lastPos = event->pos();
     if (event->buttons() == event->button())
-        drop_stale_drag_cursors();
+        give_back_cursors(); // of a press whose release went elsewhere
     if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
-        QApplication::setOverrideCursor(Qt::SizeAllCursor);
+        push_cursor(Qt::SizeAllCursor);
     else if ((event->buttons() & (Qt::LeftButton | Qt::RightButton)) != 0)
-        QApplication::setOverrideCursor(Qt::PointingHandCursor);
+        push_cursor(Qt::PointingHandCursor);
 }
 
 void QGLEditor::mouseReleaseEvent(QMouseEvent* /*event*/)
 {
     QApplication::restoreOverrideCursor();
+    my_cursors = std::max(my_cursors - 1, 0);
+}
+
+void QGLEditor::push_cursor(Qt::CursorShape shape)
+{
+    QApplication::setOverrideCursor(shape);
+    ++my_cursors;
+}
+
+void QGLEditor::give_back_cursors()
+{
+    for (; my_cursors > 0; --my_cursors)
+        QApplication::restoreOverrideCursor();
 }
 
 void QGLEditor::mouseMoveEvent(QMouseEvent* event)
@@ -235,18 +266,13 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const double numDegrees = -event->delta() / 8.0;
+    const QPoint turned =
+        event->angleDelta(); // both sides: Qt 5 sends a diagonal turn as two events, the second without any
+    const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // it comes ignored, and would go on to the parents
-}
-
-void QGLEditor::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
-        drop_stale_drag_cursors();
-    QGLWidget::changeEvent(event);
+    event->accept(); // Qt delivers it ignored, and would pass it on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
@@ -271,8 +297,9 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const qreal pixels = devicePixelRatioF(); // the viewport counts the screen's pixels, an event the widget's
-    gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0, 3.0, viewport);
+    const qreal pixels =
+        devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
+    gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();
     glMatrixMode(GL_PROJECTION);
@@ -290,12 +317,12 @@ void QGLEditor::select_at(const QPoint& pos)
     if (sel_entity_quantity == 0)
         return;
 
-    // An overflow of the buffer, -1 as OpenGL tells it, is a full buffer.
+    // OpenGL reports an overflow as -1; the buffer is full then.
     const unsigned long loc_sel_entity_quantity =
         std::min<unsigned long>(sel_entity_quantity, bufMaxSize / entries_per_hit);
     my_last_selected_entity_id = front_name(sel_buffer, loc_sel_entity_quantity);
 
-    // Ids are consecutive in the order of the list.
+    // Ids are consecutive in list order.
     GLObject* first = get_drawing_object(0);
     GLObject* hit = first != nullptr ? get_drawing_object(my_last_selected_entity_id - first->local_id()) : nullptr;
     if (hit != nullptr && hit->local_id() == my_last_selected_entity_id)
@@ -305,7 +332,7 @@ void QGLEditor::select_at(const QPoint& pos)
 void QGLEditor::choose_background()
 {
     const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
-    if (!newBgColor.isValid())
+    if (!newBgColor.isValid() || !isValid()) // without OpenGL there is no background
         return;
     makeCurrent();
     qglClearColor(newBgColor);

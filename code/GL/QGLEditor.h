@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Drawing/DRVect3d.h"
+#include "GL/QtOpenGL.h"
 
-#include <QGLWidget>
 #include <QPoint>
 #include <QString>
 
@@ -20,6 +20,7 @@ class QGLEditor : public QGLWidget
     Q_OBJECT
 
 public:
+    /// The sides that a drawing can be seen from; in FRONT, x points to the right and y upwards.
     enum Orientation_Mode : int { FRONT, BACK, LEFT, RIGHT, TOP, BOTTOM };
 
     explicit QGLEditor(QWidget* parent);
@@ -34,8 +35,8 @@ public:
     DRVect3d drawing_max_point(DRVect3d some_vect) { return drw_max_point = some_vect; }
 
     /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. Set before the
-    /// first show; a later change takes effect at the next resize or pick. At 0, which OpenGL refuses, the eye
-    /// units from -1 to 1 fill the widget in both directions.
+    /// first show; a later change takes effect at the next resize or pick. OpenGL refuses a limit of 0: the view
+    /// then shows the eye units from -1 to 1 in both directions, whatever its shape.
     double drawing_limit() const { return drw_limit; }
     double drawing_limit(double some_val) { return drw_limit = some_val; }
 
@@ -55,7 +56,7 @@ public:
     DRVect3d drawing_translation() const { return {translationX, translationY, translationZ}; }
     DRVect3d drawing_translation(DRVect3d some_vect);
 
-    /// Appends an object, which the view owns from then on; neither null nor doubles are refused.
+    /// Appends an object, which the view owns from then on; null and duplicates are not refused.
     void add_drawing_object(GLObject* some_object) { drw_globjects.push_back(some_object); }
 
     /// The object at an index from 0, still owned by the view; null at and beyond the number of objects.
@@ -80,8 +81,8 @@ public:
     /// The front orientation, unmoved, at the source scaling.
     void set_source_drawing_view();
 
-    /// "v.", what glGetString(GL_VERSION) says of the current context, and ", "; "unknown" stands in its place while
-    /// no context is current.
+    /// "v.", the GL_VERSION string of the current context, and ", ". While no context is current, the string is
+    /// "unknown".
     QString version_of_OpenGL() const;
 
 protected:
@@ -90,25 +91,26 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
     void initializeGL() override;
     void resizeGL(int wwidth, int wheight) override;
     void paintGL() override;
 
-    /// Multiplies the current matrix by the orthographic projection of a widget of this size; a side of no length
-    /// counts as one pixel.
+    /// Multiplies the current matrix by the orthographic projection for a widget of this size in pixels. A side of
+    /// length 0 counts as one pixel.
     void perspective_transformation(int cur_wwidth, int cur_wheight);
 
-    /// Draws the view in selection mode around a widget position, 3 x 3 pixels wide, and returns the number of hit
-    /// records in `buffer`, which holds `MaxSize` entries; a buffer that is too small gives a number beyond any real
-    /// one, and is filled up.
+    /// Draws the view in selection mode around a widget position, 3 x 3 widget pixels wide, and returns the number of
+    /// hit records in `buffer`, which holds `MaxSize` entries. When these do not suffice, `buffer` is full and the
+    /// result is larger than any number of hits.
     unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
 
 private:
     void draw();
     void select_at(const QPoint& pos);
     void choose_background();
+    void push_cursor(Qt::CursorShape shape);
+    void give_back_cursors();
 
     GLdouble rotationX = 0.0;
     GLdouble rotationY = 0.0;
@@ -125,4 +127,5 @@ private:
     std::vector<GLObject*> drw_globjects; // owned
     unsigned long my_last_selected_entity_id = 0;
     Orientation_Mode drw_orientation = FRONT;
+    int my_cursors = 0; // override cursors pushed and not yet taken back
 };

@@ -11,48 +11,21 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QScreen>
 #include <QSettings>
+#include <QShortcut>
 #include <QSignalMapper>
 #include <QStatusBar>
 #include <QToolBar>
 
-#include <algorithm>
-#include <new>
-
-#include "File/MemoryForOpenGL.h"
+#include "Boxes.h"
 #include "File/MyGlMDIChild.h"
-#include "File/RichName.h"
 
 namespace
 {
 
-bool load(MyGlMDIChild& child, const QString& fileName)
-{
-    const MemoryForOpenGL kept_back;
-    return child.loadFile(fileName);
-}
-
-/// Whether a stored value is a size that a window may have had: not beyond twice what all screens make up together.
-bool is_size_of_window(const QVariant& value)
-{
-    const QSize size = value.toSize();
-    QRect all_screens;
-    for (const QScreen* screen : QGuiApplication::screens())
-        all_screens |= screen->geometry();
-    const QSize largest = 2 * all_screens.size();
-    return value.type() == QVariant::Size && size.width() > 0 && size.height() > 0 && size.boundedTo(largest) == size;
-}
-
-/// Whether a stored value is a position at which some part of a window of this size is on a screen.
-bool is_on_a_screen(const QVariant& value, const QSize& size)
-{
-    const QRect window(value.toPoint(), size);
-    const auto shows = [&](const QScreen* screen) { return screen->geometry().intersects(window); };
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    return value.type() == QVariant::Point && std::any_of(screens.begin(), screens.end(), shows);
-}
+/// Where the window stands until it has been moved.
+constexpr QRect first_place(200, 200, 400, 400);
 
 constexpr const char* home_page = "https://tolmera.example";
 
@@ -84,7 +57,8 @@ MyMainWindow::MyMainWindow()
     setCentralWidget(mdiArea);
     connect(mdiArea, SIGNAL(subWindowActivated(QMdiSubWindow*)), this, SLOT(updateMenus()));
     windowMapper = new QSignalMapper(this);
-    connect(windowMapper, SIGNAL(mapped(QWidget*)), this, SLOT(setActiveSubWindow(QWidget*)));
+    connect(windowMapper, &QSignalMapper::mappedObject, this,
+            [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
 
     createActions();
     createMenus();
@@ -176,6 +150,10 @@ void MyMainWindow::createActions()
             action->setShortcuts(facts.shortcut);
         connect(action, SIGNAL(triggered()), facts.receiver, facts.slot);
     }
+
+    // With Shift, Tab arrives as Backtab. PreviousChild asks for Shift and Backtab, which Qt never finds.
+    auto* shift_tab = new QShortcut(QKeySequence("Ctrl+Shift+Tab"), this);
+    connect(shift_tab, &QShortcut::activated, previousAct, &QAction::trigger);
 }
 
 void MyMainWindow::createMenus()
@@ -234,7 +212,7 @@ void MyMainWindow::updateMenus()
         action->setEnabled(hasMyGlMDIChild);
     separatorAct->setVisible(hasMyGlMDIChild);
 
-    // All objects of a view share one mode, so the first stands for the drawing.
+    // All objects of a view have the same mode, so the first one tells it.
     const GLObject* first = hasMyGlMDIChild ? child->get_drawing_object(0) : nullptr;
     const auto allowed = [&](GLObject::DRendering mode) {
         return hasMyGlMDIChild && (first == nullptr || first->rendering() != mode);
@@ -264,7 +242,8 @@ void MyMainWindow::updateWindowMenu()
         action->setCheckable(true);
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
-        windowMapper->setMapping(action, windows.at(i));
+        windowMapper->setMapping(action, static_cast<QObject*>(windows.at(i)));
+        // An entry goes with its window, even while the menu is open.
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }
@@ -287,8 +266,6 @@ MyGlMDIChild* MyMainWindow::activeMyGlMDIChild() const
 
 MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
 {
-    if (!MemoryForOpenGL().is_whole()) // where the driver would crash
-        throw std::bad_alloc();
     auto* child = new MyGlMDIChild(this);
     if (!child->isValid())
         qWarning("Tolmera: this display offers no OpenGL; drawings cannot be shown on it.");
@@ -296,8 +273,8 @@ MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
     return child;
 }
 
-/// Closes a drawing window that was never shown, and deletes it together with the frame that the area made for it. The
-/// area lets go of the frame first, for it would make another one active when an own one is deleted.
+/// Closes a drawing window that was never shown, and deletes it with the frame that the area made for it. The area
+/// lets go of the frame first: it activates another drawing when one of its frames is deleted.
 void MyMainWindow::discard(MyGlMDIChild* child)
 {
     child->close();
@@ -316,7 +293,7 @@ void MyMainWindow::open_dxf()
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
     statusBar()->showMessage(tr("Loading DXF file..."));
     MyGlMDIChild* child = createMyGlMDIChild();
-    if (load(*child, fileName)) {
+    if (child->loadFile(fileName)) {
         statusBar()->showMessage(tr("File loaded"), 2000);
         child->show();
         if (ogl_version.isEmpty())
@@ -325,7 +302,8 @@ void MyMainWindow::open_dxf()
     } else {
         discard(child);
         QApplication::restoreOverrideCursor();
-        warn("<br />Error reading of file: &#8220;" + rich_name(fileName) + "&#8221;.<br /><hr />");
+        warn(this, windowTitle() + " : Warning ",
+             "<br />Error reading of file: &#8220;" + rich_name(fileName) + "&#8221;.<br /><hr />");
     }
     QApplication::restoreOverrideCursor();
 }
@@ -336,20 +314,16 @@ bool MyMainWindow::open_dxf(QString fileName)
         return false;
 
     MyGlMDIChild* child = createMyGlMDIChild();
-    const bool ret_val = load(*child, fileName);
+    const bool ret_val = child->loadFile(fileName);
     if (ret_val) {
         child->show();
         current_dxf_file_dir = child->tell_file_path();
     } else {
         discard(child);
-        warn("<br />Error reading of file:<br />&#8220;" + rich_name(fileName) + "&#8221;<br /><hr />");
+        warn(this, windowTitle() + " : Warning ",
+             "<br />Error reading of file:<br />&#8220;" + rich_name(fileName) + "&#8221;<br /><hr />");
     }
     return ret_val;
-}
-
-void MyMainWindow::warn(const QString& text)
-{
-    QMessageBox::warning(this, windowTitle() + " : Warning ", text, QMessageBox::Ok, QMessageBox::NoButton);
 }
 
 void MyMainWindow::orient(QGLEditor::Orientation_Mode mode)
@@ -432,12 +406,18 @@ void MyMainWindow::switchLayoutDirection()
 void MyMainWindow::readSettings()
 {
     const QSettings settings("Lastrove", "Tolmera");
-    const QVariant stored_size = settings.value("size");
-    const QSize size = is_size_of_window(stored_size) ? stored_size.toSize() : QSize(400, 400);
-    const QVariant stored_pos = settings.value("pos");
-    const QPoint pos = is_on_a_screen(stored_pos, size) ? stored_pos.toPoint() : QPoint(200, 200);
-    move(pos);
-    resize(size);
+    const QVariant pos = settings.value("pos");
+    const QSize size = settings.value("size").toSize();
+    const QRect screens = QGuiApplication::primaryScreen()->virtualGeometry();
+    QRect place = first_place;
+    if (!size.isEmpty())
+        place.setSize(size.boundedTo(2 * screens.size()));
+    if (pos.canConvert<QPoint>())
+        place.moveTo(pos.toPoint());
+    if (!screens.intersects(place))
+        place.moveTo(first_place.topLeft());
+    move(place.topLeft());
+    resize(place.size());
 }
 
 void MyMainWindow::writeSettings()
@@ -458,15 +438,10 @@ void MyMainWindow::closeEvent(QCloseEvent* event)
     }
 }
 
-void MyMainWindow::inform(const QString& title, const QString& text)
-{
-    QMessageBox::information(this, title, text, QMessageBox::Ok, QMessageBox::NoButton);
-}
-
 void MyMainWindow::about()
 {
     const QString name = rich_name(windowTitle());
-    inform("About " + windowTitle(),
+    inform(this, "About " + windowTitle(),
            "<br /><b>" + name +
                "</b> v.2.1.<br /><br />Copyright &#169; 2026 Lastrove. All rights reserved.<br /><br />"
                "<table>" +
@@ -485,7 +460,7 @@ void MyMainWindow::about()
 
 void MyMainWindow::ireferences()
 {
-    inform(windowTitle() + " : References",
+    inform(this, windowTitle() + " : References",
            "<br />Application &#8220;" + rich_name(windowTitle()) +
                "&#8221; is built with using of the following external software:<br /><br />- Qt v." + qVersion() +
                " ( is available under the Lesser General Public License, LGPL ), "
@@ -501,7 +476,7 @@ void MyMainWindow::ireferences()
 
 void MyMainWindow::about_dxf()
 {
-    inform(windowTitle() + " : About DXF",
+    inform(this, windowTitle() + " : About DXF",
            tr("<br /><b>Drawing eXchange Format</b> (DXF) is a CAD data file format<br />"
               "developed by <i>Autodesk</i> (<a href=\"https://www.autodesk.com\">https://www.autodesk.com</a>)<br />"
               "to let AutoCAD&#174; exchange data with other programs.<br />"
@@ -523,7 +498,7 @@ void MyMainWindow::aboutdrw()
     const MyGlMDIChild* drawing = activeMyGlMDIChild();
     if (drawing == nullptr)
         return;
-    inform(windowTitle() + " : Information about Model",
+    inform(this, windowTitle() + " : Information about Model",
            "&nbsp;<table>" + row("File name", rich_name(drawing->tell_file_name())) +
                row("Place", rich_name(drawing->tell_file_path())) +
                row("Size", QString::number(drawing->tell_file_size(), 10) + " bytes") + "</table><br /><table>" +

@@ -7,9 +7,8 @@
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
 
-#include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -28,66 +27,51 @@ inline bool same(double a, double b)
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
-inline void check_entity(const DraftEntity& entity, const ReferenceEntity& wanted)
+inline void check_entity(DraftEntity& entity, const ReferenceEntity& wanted)
 {
     require(entity.points() == wanted.points && entity.points() == 1U << entity.get_type(), "its type's points");
     require(entity.get_str_id() == wanted.handle, "the handle is the line without its end");
     require(entity.get_layer_str_id() == wanted.layer, "the layer is the line without its end");
-    for (std::size_t i = 0; i < wanted.points; ++i) {
-        DRVect3d point;
-        entity.get_point(point, static_cast<unsigned int>(i));
-        require(same(point.x(), wanted.coordinates[3 * i]), "x as the file gives it");
-        require(same(point.y(), wanted.coordinates[3 * i + 1]), "y as the file gives it");
-        require(same(point.z(), wanted.coordinates[3 * i + 2]), "z as the file gives it");
+    bool in_range = true; // else the squares of coordinates leave the range of doubles, and with them the unit
+    for (unsigned int i = 0; i < 3 * wanted.points; ++i) {
+        double value = 0;
+        entity.get_coordinate(value, static_cast<DraftEntity::Coordinate>(i % 3), i / 3);
+        require(same(value, wanted.coordinates[i]), "coordinates as the file gives them");
+        in_range = in_range && (value == 0 || (std::fabs(value) < 1e70 && std::fabs(value) > 1e-70));
     }
-}
-
-inline void check_normal(DraftEntity& entity)
-{
     entity.compute_normal();
     const double length = entity.get_normal().length();
-    // Squares of coordinates beyond 1e150 or below 1e-150 leave the range of doubles, and with them the unit.
-    bool in_range = true;
-    for (unsigned int i = 0; i < entity.points(); ++i) {
-        DRVect3d point;
-        entity.get_point(point, i);
-        for (const double value : {point.x(), point.y(), point.z()})
-            in_range = in_range && (value == 0 || (std::fabs(value) < 1e70 && std::fabs(value) > 1e-70));
-    }
-    if (in_range)
-        require(length == 0 || std::fabs(length - 1) < 1e-9, "a normal is a unit vector or none");
+    require(!in_range || length == 0 || std::fabs(length - 1) < 1e-9, "a normal is a unit vector or none");
 }
 
-/// The extents are the ends of the sorted coordinates, to the sign of a zero. What is no number takes no part.
-inline void check_extents(const DXFL_Processing& reader, OwnedEntities& entities)
+/// What is no number takes no part in the extents. Of several zeros the smallest is the first, the largest the last.
+inline void check_extents(const DXFL_Processing& reader, OwnedEntities& entities,
+                          const std::vector<ReferenceEntity>& wanted)
 {
-    DRVect3d min_point(1, 2, 3);
-    DRVect3d max_point(4, 5, 6);
+    DRVect3d least(1, 2, 3);
+    DRVect3d most(4, 5, 6);
     double limit = 7;
-    const bool has_extents = reader.get_boundary(entities.list, min_point, max_point, limit);
-    require(has_extents == !entities.list.empty(), "extents of every drawing that is not empty");
-    if (!has_extents) {
-        require(limit == 7 && min_point == DRVect3d(1, 2, 3), "no extents change nothing");
+    require(reader.get_boundary(entities.list, least, most, limit) == !wanted.empty(), "extents of what is not empty");
+    if (wanted.empty()) {
+        require(limit == 7 && least == DRVect3d(1, 2, 3) && most == DRVect3d(4, 5, 6), "no extents change nothing");
         return;
     }
+    std::array<double, 3> smallest{NAN, NAN, NAN};
+    std::array<double, 3> greatest = smallest;
     double wanted_limit = NAN;
-    const auto check_axis = [&](double smallest, double greatest, DraftEntity::Coordinate axis) {
-        std::vector<double> values;
-        for (const DraftEntity* entity : entities.list)
-            for (unsigned int i = 0; i < entity->points(); ++i) {
-                double value = 0;
-                entity->get_coordinate(value, axis, i);
-                if (!std::isnan(value))
-                    values.push_back(value);
-            }
-        std::stable_sort(values.begin(), values.end());
-        require(same(smallest, values.empty() ? NAN : values.front()), "the smallest coordinate of an axis");
-        require(same(greatest, values.empty() ? NAN : values.back()), "the largest coordinate of an axis");
-        wanted_limit = std::fmax(wanted_limit, std::fmax(std::fabs(smallest), std::fabs(greatest)));
-    };
-    check_axis(min_point.x(), max_point.x(), DraftEntity::X);
-    check_axis(min_point.y(), max_point.y(), DraftEntity::Y);
-    check_axis(min_point.z(), max_point.z(), DraftEntity::Z);
+    for (const ReferenceEntity& entity : wanted)
+        for (unsigned int i = 0; i < 3 * entity.points; ++i) {
+            const double value = entity.coordinates[i];
+            if (std::isnan(value))
+                continue;
+            if (!(smallest[i % 3] <= value))
+                smallest[i % 3] = value;
+            if (!(greatest[i % 3] > value))
+                greatest[i % 3] = value;
+            wanted_limit = std::fmax(wanted_limit, std::fabs(value));
+        }
+    require(same(least.x(), smallest[0]) && same(least.y(), smallest[1]) && same(least.z(), smallest[2]), "the least");
+    require(same(most.x(), greatest[0]) && same(most.y(), greatest[1]) && same(most.z(), greatest[2]), "the most");
     require(same(limit, wanted_limit), "the limit is the largest absolute coordinate");
 }
 
@@ -95,12 +79,10 @@ inline void check_extents(const DXFL_Processing& reader, OwnedEntities& entities
 inline void check_drawing(const DXFL_Processing& reader, OwnedEntities& entities, std::string_view bytes)
 {
     require(reader.get_file_status() == 0, "a regular file is read");
-    const std::vector<ReferenceEntity> wanted = ReferenceReader::read(bytes);
+    const std::vector<ReferenceEntity> wanted = reference::read(bytes);
     require(entities.list.size() == wanted.size(), "as many entities as the rules give");
     auto next = wanted.begin();
-    for (DraftEntity* entity : entities.list) {
+    for (DraftEntity* entity : entities.list)
         check_entity(*entity, *next++);
-        check_normal(*entity);
-    }
-    check_extents(reader, entities);
+    check_extents(reader, entities, wanted);
 }

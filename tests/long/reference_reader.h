@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// An entity as the rules give it: how many points its type has, and all twelve coordinates, x, y, z by point.
@@ -13,104 +14,81 @@ struct ReferenceEntity {
     std::string handle;
     std::string layer;
     std::array<double, 12> coordinates{};
+    std::array<bool, 12> seen{};
 };
 
-/// The entities of a DXF file's bytes. Numbers are read in the process's locale, which has to be C.
-class ReferenceReader
+namespace reference
 {
-public:
-    static std::vector<ReferenceEntity> read(std::string_view bytes)
-    {
-        ReferenceReader reader;
-        std::string line;
-        for (const char c : bytes) {
-            line += c;
-            if (c != '\n')
-                continue;
-            if (!reader.examine(line))
-                break;
-            reader.previous = line;
-            line.clear();
+
+inline bool has(const std::string& line, const std::string& word)
+{
+    return line.find(word) != std::string::npos;
+}
+
+/// In the process's locale, which has to be C.
+inline double number(const std::string& line)
+{
+    return std::strtod(line.c_str(), nullptr);
+}
+
+inline std::string text(const std::string& line)
+{
+    return line.substr(0, line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
+}
+
+inline bool denotes(const std::string& line, const std::string& code)
+{
+    if (line.find_first_not_of("012358 \r\n\t") != std::string::npos)
+        return false;
+    return has(line, " " + code) || has(line, "\t" + code) || (has(line, code) && number(line) == number(code));
+}
+
+/// Gives an entity a line, with the line before it. False where that ends the entity.
+inline bool fill(ReferenceEntity& entity, const std::string& previous, const std::string& line)
+{
+    if (denotes(previous, "5"))
+        entity.handle = text(line);
+    if (denotes(previous, "8"))
+        entity.layer = text(line);
+    bool complete = true;
+    for (unsigned int i = 0; i < 12; ++i) {
+        const bool is_of_type = i < 3 * entity.points;
+        if (denotes(previous, std::to_string(10 * (i % 3 + 1) + i / 3))) {
+            if (is_of_type)
+                entity.coordinates[i] = number(line);
+            entity.seen[i] = true;
         }
-        return reader.entities;
+        complete = complete && entity.seen[i] == is_of_type;
     }
+    return !complete && (!denotes(line, "0") || denotes(previous, "8") || denotes(previous, "5"));
+}
 
-private:
-    static bool has(const std::string& line, const std::string& word) { return line.find(word) != std::string::npos; }
-
-    static double number(const std::string& line) { return std::strtod(line.c_str(), nullptr); }
-
-    static bool denotes(const std::string& line, const std::string& code)
-    {
-        if (line.find_first_not_of("012358 \r\n\t") != std::string::npos)
-            return false;
-        if (has(line, " " + code) || has(line, "\t" + code))
-            return true;
-        return has(line, code) && number(line) == number(code);
-    }
-
-    static std::string text(std::string line)
-    {
-        line.pop_back();
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        return line;
-    }
-
-    /// False at the end of the section.
-    bool examine(const std::string& line)
-    {
-        if (!in_section) {
-            in_section = has(line, "ENTITIES") && denotes(previous, "2");
-            return true;
-        }
-        if (has(line, "ENDSEC") && denotes(previous, "0"))
-            return false;
-        if (!is_open)
-            start(line);
-        if (is_open)
-            fill(line);
-        return true;
-    }
-
-    void start(const std::string& line)
-    {
-        struct Kind {
-            const char* keyword;
-            unsigned int points;
-        };
-        for (const Kind& kind : {Kind{"POINT", 1}, Kind{"LINE", 2}, Kind{"3DFACE", 4}})
-            if (has(line, kind.keyword) && denotes(previous, "0")) {
-                entities.emplace_back();
-                entities.back().points = kind.points;
-                is_open = true;
-                seen = {};
-            }
-    }
-
-    void fill(const std::string& line)
-    {
-        ReferenceEntity& entity = entities.back();
-        if (denotes(previous, "5"))
-            entity.handle = text(line);
-        if (denotes(previous, "8"))
-            entity.layer = text(line);
-        for (unsigned int i = 0; i < seen.size(); ++i)
-            if (denotes(previous, std::to_string(10 * (i % 3 + 1) + i / 3))) {
-                if (i < 3 * entity.points)
-                    entity.coordinates[i] = number(line);
-                seen[i] = true;
-            }
-        bool complete = true;
-        for (unsigned int i = 0; i < seen.size(); ++i)
-            complete = complete && seen[i] == (i < 3 * entity.points);
-        if (complete || (denotes(line, "0") && !denotes(previous, "8") && !denotes(previous, "5")))
-            is_open = false;
-    }
-
+/// The entities of a DXF file's bytes.
+inline std::vector<ReferenceEntity> read(std::string_view bytes)
+{
     std::vector<ReferenceEntity> entities;
     std::string previous;
-    std::array<bool, 12> seen{};
+    std::string line;
     bool in_section = false;
     bool is_open = false;
-};
+    for (auto end = bytes.find('\n'); end != bytes.npos; end = bytes.find('\n'), previous = line) {
+        line = bytes.substr(0, end + 1);
+        bytes.remove_prefix(end + 1);
+        if (!in_section) {
+            in_section = has(line, "ENTITIES") && denotes(previous, "2");
+            continue;
+        }
+        if (has(line, "ENDSEC") && denotes(previous, "0"))
+            break;
+        const bool may_start = !is_open && denotes(previous, "0");
+        for (const auto& [keyword, points] : {std::pair("POINT", 1U), std::pair("LINE", 2U), std::pair("3DFACE", 4U)})
+            if (may_start && has(line, keyword)) {
+                entities.emplace_back().points = points;
+                is_open = true;
+            }
+        is_open = is_open && fill(entities.back(), previous, line);
+    }
+    return entities;
+}
+
+} // namespace reference

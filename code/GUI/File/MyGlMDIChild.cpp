@@ -4,10 +4,9 @@
 
 #include <QApplication>
 #include <QFileInfo>
-#include <QMessageBox>
 
 #include "GL/GLObject.h"
-#include "RichName.h"
+#include "GUI/Boxes.h"
 
 namespace
 {
@@ -39,7 +38,8 @@ bool MyGlMDIChild::loadFile(const QString& fileName)
 {
     const DXFL_Processing reader(fileName.toStdString(), draft_entities);
     if (reader.get_file_status() != 0) {
-        warn("<br />Error reading of &#8220;" + rich_name(fileName) + "&#8221; file.<br /><hr />");
+        QApplication::restoreOverrideCursor();
+        warn(this, "Warning ", "<br />Error reading of &#8220;" + rich_name(fileName) + "&#8221; file.<br /><hr />");
         return false;
     }
 
@@ -50,19 +50,15 @@ bool MyGlMDIChild::loadFile(const QString& fileName)
     setWindowTitle(drw_name);
 
     if (draft_entities.empty()) {
-        warn("<br />The known entities were not found in the &#8220;" + rich_name(drw_name) +
-             "&#8221; file.<br /><hr />");
+        QApplication::restoreOverrideCursor();
+        warn(this, "Warning ",
+             "<br />The known entities were not found in the &#8220;" + rich_name(drw_name) +
+                 "&#8221; file.<br /><hr />");
         return true;
     }
     take_extents(reader);
     make_objects();
     return true;
-}
-
-void MyGlMDIChild::warn(const QString& text)
-{
-    QApplication::restoreOverrideCursor();
-    QMessageBox::warning(this, "Warning ", text, QMessageBox::Ok, QMessageBox::NoButton);
 }
 
 void MyGlMDIChild::take_extents(const DXFL_Processing& reader)

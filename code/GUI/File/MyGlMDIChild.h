@@ -10,9 +10,8 @@
 
 #include <list>
 
-class DraftEntity;
-
-/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them.
+/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them, whose local ids
+/// count from 1024 in list order.
 class MyGlMDIChild : public QGLEditor
 {
     Q_OBJECT
@@ -43,7 +42,6 @@ public:
     unsigned long faces() const { return drw_face_quantity; }
 
 private:
-    void warn(const QString& text);
     void take_extents(const DXFL_Processing& reader);
     void make_objects();
 

@@ -1,0 +1,11 @@
+# Refreshes the databases that desktops look into, where `files` were installed or removed and the tools exist. Leaves a
+# staged installation, one with DESTDIR, to whoever unpacks it.
+if("$ENV{DESTDIR}" STREQUAL "")
+  foreach(file IN LISTS files)
+    if(file MATCHES "^(.*/applications)/")
+      execute_process(COMMAND update-desktop-database --quiet "${CMAKE_MATCH_1}" ERROR_QUIET)
+    elseif(file MATCHES "^(.*/icons/hicolor)/scalable/")
+      execute_process(COMMAND gtk-update-icon-cache --quiet --force --ignore-theme-index "${CMAKE_MATCH_1}" ERROR_QUIET)
+    endif()
+  endforeach()
+endif()
