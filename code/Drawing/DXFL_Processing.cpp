@@ -63,7 +63,10 @@ File open_file(const std::string& file_name)
 
 bool contains(std::string_view line, std::string_view word)
 {
-    return line.find(word) != std::string_view::npos;
+    for (; line.size() >= word.size(); line.remove_prefix(1))
+        if (line[0] == word[0] && line.substr(0, word.size()) == word)
+            return true;
+    return false;
 }
 
 /// The line without its LF and a CR right before it.
