@@ -25,18 +25,15 @@ public:
 
     bool eventFilter(QObject* object, QEvent* event) override
     {
-        if (auto* splash = qobject_cast<QSplashScreen*>(object)) {
-            if (event->type() == QEvent::Show)
-                connect(my_splash = splash, &QSplashScreen::messageChanged, this, &Watch::note_message);
-            if (event->type() == QEvent::Close) {
-                note("the splash screen goes", cursor());
-                if (leaving == "early")
-                    my_main->close();
-            }
-        } else if (object->inherits("MyMainWindow") && event->type() == QEvent::Show) {
+        if (object->inherits("MyMainWindow") && event->type() == QEvent::Show)
             my_main = static_cast<MyMainWindow*>(object);
-            note("the window comes");
-        }
+        if (!object->inherits("QSplashScreen"))
+            return false;
+        if (event->type() == QEvent::Show)
+            connect(my_splash = static_cast<QSplashScreen*>(object), &QSplashScreen::messageChanged, this,
+                    &Watch::message);
+        if (event->type() == QEvent::Close)
+            note("the splash screen goes", my_main != nullptr && (leaving != "early" || my_main->close()), cursor());
         return false;
     }
 
@@ -54,12 +51,11 @@ protected:
     }
 
 private:
-    void note_message(const QString& message)
+    void message(const QString& text)
     {
         QSplashScreen expected(QPixmap(":/images/mysplash.png"));
-        expected.showMessage(message, Qt::AlignCenter | Qt::AlignBottom, Qt::black);
-        const bool is_right = my_splash->grab().toImage() == expected.grab().toImage();
-        note("splash", message, is_right ? "as drawn" : "drawn otherwise", cursor());
+        expected.showMessage(text, Qt::AlignCenter | Qt::AlignBottom, Qt::black);
+        note("splash", text, my_splash->grab().toImage() == expected.grab().toImage() ? "as drawn" : "wrong", cursor());
     }
 
     User my_user;
