@@ -77,16 +77,6 @@ void play(
             look();
             return seen() == expected;
         };
-#ifdef RECORD
-        (void)QTest::qWaitFor(is_as_expected, 400);
-        if (FILE* f = fopen("/tmp/record", "a")) {
-            fprintf(f, "[%s]\n> %s\n%s\n", QTest::currentTestFunction(),
-                    qPrintable(QString(doing).replace(folder().path(), "FOLDER")),
-                    qPrintable(seen().join('\n').replace(folder().path(), "FOLDER")));
-            fclose(f);
-            continue;
-        }
-#endif
         if (!QTest::qWaitFor(is_as_expected))
             for (int i = 0; i < qMax(expected.size(), seen().size()); ++i)
                 QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
@@ -139,7 +129,8 @@ public:
         callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                note(box->icon(), box->parent()->metaObject()->className(), cursor(), box->windowTitle() + "|" + box->text());
+                note(box->icon(), box->parent()->metaObject()->className(), cursor(),
+                     box->windowTitle() + "|" + box->text());
                 if (box->standardButtons() == QMessageBox::Ok)
                     box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {

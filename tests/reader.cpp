@@ -21,10 +21,7 @@ QByteArray random_file(QRandomGenerator& random)
     static const QByteArrayList types = words("types"), codes = words("codes"), values = words("values");
     const auto any = [&random](const QByteArrayList& list) { return list[random.bounded(int(list.size()))]; };
     const auto value = [&] {
-        const int digits = random.bounded(2, 19);
-        const QByteArray number = QByteArray::number(random.generate64() >> 1).left(digits);
-        return random.bounded(4) != 0 ? any(values)
-                                      : QByteArray(number).insert(random.bounded(digits), ".-"[random.bounded(9) / 8]);
+        return any(values) + QByteArray::number(random.generate64()).left(random.bounded(3) * random.bounded(9));
     };
     const QByteArray end = random.bounded(2) != 0 ? "\n" : "\r\n";
     QByteArray file = "0" + end + "SECTION" + end + (random.bounded(20) != 0 ? "  2" : "26") + end + "ENTITIES" + end;
@@ -91,10 +88,9 @@ private slots:
             DRVect3d b(4, 6, 9);
             note(a + b, "|", b - a, "|", b += a, "|", b -= a, "|", b, b == a, b != a, b.x(7), "|", b.normalize({}));
             DraftEntity line(DraftEntity::Line);
-            double x = 7, y = 8, z = 9;
-            note(line.set_coordinate(5, DraftEntity::X, 2), line.get_coordinate(x, DraftEntity::X, 2),
-                 line.get_coordinates(x, y, z, 2), line.get_point(b, 2), x, y, z, b);
-            note(DraftEntity(static_cast<DraftEntity::EntityType>(3)).points());
+            double x = 7;
+            note(line.set_coordinate(5, DraftEntity::X, 2), line.get_coordinate(x, DraftEntity::X, 2), x);
+            note(line.get_coordinates(x, x, x, 2), line.get_point(b, 2), x, b, line.get_normal());
         });
     }
 };
