@@ -161,7 +161,7 @@ private slots:
         const User user([&](QWidget* modal) {
             auto* dialog = qobject_cast<QFileDialog*>(modal);
             note(dialog->parent()->metaObject()->className(), dialog->windowTitle(), dialog->directory().path(),
-                 dialog->nameFilters());
+                 dialog->nameFilters().join('|'));
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(choice);
             choice.isEmpty() ? dialog->reject() : static_cast<QDialog*>(dialog)->accept();
         });
@@ -206,7 +206,7 @@ private slots:
                 window.findChild<QMdiArea*>()->addSubWindow(new Busy)->show();
             note(window.close());
             settings.sync();
-            note(settings.allKeys(), settings.value("pos"), settings.value("size"));
+            note(settings.allKeys().join(','), settings.value("pos").toPoint(), settings.value("size").toSize());
         });
     }
 
