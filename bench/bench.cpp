@@ -131,26 +131,35 @@ double compare(int rounds, const std::string& figure, const Work& ours, const st
     return seconds[1];
 }
 
-/// The run of a command to its end, in which `peak` becomes the least of itself and the command's largest resident set,
-/// in bytes. The benchmark ends where the command fails or takes a minute.
+/// The run of a command to its first picture, where `preload` tells of that, or else to its end. `peak` becomes the
+/// least of itself and the command's largest resident set, in bytes. The benchmark ends where the command fails or
+/// takes a minute.
 Work running(std::vector<std::string> command, double& peak, const char* preload)
 {
     return [=, &peak]() mutable {
         std::vector<char*> arguments(command.size() + 1); // the last one stays null
         std::transform(command.begin(), command.end(), arguments.begin(),
                        [](std::string& text) { return text.data(); });
-        rusage used = {};
-        int status = 0;
+        int ends[2] = {};
+        if (::pipe(ends) != 0)
+            fail("pipe");
         const double seconds = seconds_of([&] {
-            const pid_t process = ::fork();
-            if (process == 0) {
+            if (::fork() == 0) {
+                ::dup2(ends[1], 3);
                 ::setenv("LD_PRELOAD", preload, 1);
                 ::alarm(60);
                 ::execvp(arguments[0], arguments.data());
                 ::_exit(127);
             }
-            ::wait4(process, &status, 0, &used);
+            ::close(ends[1]);
+            char told = 0;
+            if (::read(ends[0], &told, 1) < 0)
+                fail("pipe");
         });
+        ::close(ends[0]);
+        rusage used = {};
+        int status = 0;
+        ::wait4(-1, &status, 0, &used);
         peak = std::min(peak, 1024.0 * static_cast<double>(used.ru_maxrss));
         return status == 0 ? seconds : fail(command[0]);
     };

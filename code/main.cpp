@@ -1,5 +1,5 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop. And the end where memory or
-// the display is missing.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop. Also
+// ends the program cleanly without memory or a display.
 
 #include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
@@ -86,7 +86,8 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
-    if (!mainWin.isVisible()) // closed while the splash screen went: no last window is left whose end would end the loop
+    // The window may have been closed while the splash screen went; then nothing else would end the loop.
+    if (!mainWin.isVisible())
         QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();
 }

@@ -1,11 +1,12 @@
-# A drawing as a tree of entities and blocks, and what is seen of it: layers, arrays, blocks in blocks. What a single
-# entity looks like is left to shapes.py, the file that is written to writer.py.
+# A drawing as a tree of entities and blocks, and what is seen of it: layers, arrays, blocks in blocks. shapes.py knows
+# what a single entity looks like, writer.py writes the result.
 import math
 import os
 from array import array
 from collections import Counter
 from dataclasses import dataclass
 from functools import lru_cache
+from io import BytesIO
 from typing import Callable, Iterable, NamedTuple, Optional
 
 import ezdxf
@@ -19,27 +20,28 @@ from shapes import FACE, LEAVES, LINE, MOST_SHAPES, POINT, attribute, shapes_of
 DEEPEST = 100  # blocks in blocks
 TOLERANCE = 1e-3  # of the drawing's largest extent
 KINDS = (POINT, LINE, FACE)
-TOO_MANY = f"It makes more than {MOST_SHAPES:,} points, lines and faces."
+TOO_MANY = f"It is made of more than {MOST_SHAPES:,} parts."
 
 
-# ezdxf 0.18 has one name for group 60, which makes an entity invisible, and group 70 of a 3DFACE, which does so to its
-# edges and does not matter here.
+# ezdxf 0.18 gives the name of group 60, which hides an entity, to group 70 of a 3DFACE, too. That only hides edges,
+# which does not matter here.
 for codes in ("acdb_face_group_codes", "merged_face_group_codes"):
     getattr(solid, codes, {}).pop(70, None)
 
 
-class Refused(Exception):
-    """The reason why a drawing is not exploded, as a sentence for the user."""
+class Refused(BaseException):
+    """The reason why a drawing is not exploded, as a sentence for the user. No "except Exception" catches it."""
 
 
 @dataclass(eq=False)
 class Leaf:
-    """An entity with a shape. The shapes of a curve are rough, and fit to tell its extents."""
+    """An entity with a shape. The shapes of a curve are rough: just good enough to tell its extents."""
 
     layer: str
+    name: str
     shapes: list
     curve: Optional[Callable[[float], list]]
-    finest: float  # what is cut finer drowns in the rounding of the coordinates
+    finest: float  # a smaller distance from the curve is lost in the rounding of its coordinates
     count: int  # of its shapes; 1 for a curve
 
 
@@ -49,7 +51,7 @@ class Group(NamedTuple):
     layer: str
     items: list
     places: Callable[[], Iterable[Optional[Matrix44]]]  # None: where they are
-    scale: float  # the most by which a place stretches them
+    scale: float  # the largest factor by which a place stretches them
     count: int  # of all shapes in all places, as far as is known before curves are cut
 
 
@@ -61,14 +63,25 @@ class LeftOut(NamedTuple):
     count: int = 1
 
 
+def text_of(path):
+    """Returns a DXF file in text form as a stream. One that was cut off ends before its last entity."""
+    with open(path, "rb") as file:
+        data = file.read()
+    if b"EOF" in data[-99:]:
+        return BytesIO(data)
+    lines = data.split(b"\n")
+    begin = max(i for i in range(0, len(lines) - 1, 2) if lines[i].strip() == b"0")
+    return BytesIO(b"\n".join(lines[:begin] + [b"0", b"ENDSEC", b"0", b"EOF", b""]))
+
+
 def read(path):
     """Reads a DXF file of any version, text or binary, and mends what can be mended."""
     if os.path.exists(path) and not os.path.isfile(path):
         raise Refused(f"{path} is not a regular file.")
-    for reader in (ezdxf.readfile, lambda name: recover.readfile(name)[0]):
+    for reader in (ezdxf.readfile, lambda name: recover.read(text_of(name))[0]):
         try:
             return reader(path)
-        except (Refused, MemoryError):
+        except MemoryError:
             raise
         except Exception as problem:  # a damaged file raises whatever the library stumbles over
             if isinstance(problem, OSError) and problem.errno:
@@ -77,7 +90,7 @@ def read(path):
 
 
 class Drawing:
-    """What is seen of the model space of an ezdxf document; what is hidden in it, too, with `everything`."""
+    """The visible entities in the model space of an ezdxf document, or all of them with `everything`."""
 
     def __init__(self, document, everything, progress):
         layers = [] if everything else document.layers
@@ -97,7 +110,7 @@ class Drawing:
             try:
                 if self.everything or not attribute(entity, "invisible", 0):
                     items += self.items_of_one(entity, name, layer)
-            except (Refused, MemoryError):
+            except MemoryError:
                 raise
             except Exception:  # an entity that makes no sense raises whatever the library stumbles over
                 items.append(LeftOut(layer, name))
@@ -105,10 +118,12 @@ class Drawing:
 
     def items_of_one(self, entity, name, layer):
         if name in LEAVES:
-            return [make_leaf(layer, shapes_of(entity))]
+            return [make_leaf(layer, name, shapes_of(entity))]
         if name == "INSERT":
             return [self.insert(entity, layer)] + [LeftOut(layer, "ATTRIB") for _ in entity.attribs]
         parts = virtual_entities(entity) if isinstance(entity, SupportsVirtualEntities) else []
+        if name.endswith("DIMENSION"):
+            parts = (part for part in parts if part.dxftype() != "POINT")  # which only mark where it was measured
         items = self.items_within(None, parts)
         return [make_group(layer, items, lambda: [None]) if items else LeftOut(layer, name)]
 
@@ -127,10 +142,10 @@ class Drawing:
     def insert(self, entity, layer):
         """Returns what an INSERT shows: the items of its block, once for each row and column."""
         dxf, ocs, first = entity.dxf, entity.ocs(), entity.matrix44()
-        name = dxf.name.lower()
+        block = entity.block()
+        name = block.name
         if name not in self.blocks:
-            drawn = [part for part in entity.block() if part.dxftype() != "ATTDEF"]
-            self.blocks[name] = self.items_within(name, drawn)
+            self.blocks[name] = self.items_within(name, [part for part in block if part.dxftype() != "ATTDEF"])
         if not self.blocks[name] or not all(map(math.isfinite, (*first, dxf.row_spacing, dxf.column_spacing))):
             return LeftOut(layer, "INSERT")
         rows = max(1, dxf.row_count) if dxf.row_spacing else 1
@@ -167,13 +182,13 @@ class Drawing:
                 left_out[item.name] += 1
 
 
-def make_leaf(layer, made):
+def make_leaf(layer, name, made):
     curve = made if callable(made) else None
     shapes = curve(math.inf) if curve else made
     coordinates = [coordinate for _, vertices in shapes for vertex in vertices for coordinate in vertex.xyz]
     if not math.isfinite(sum(coordinates)):
         raise ValueError
-    return Leaf(layer, shapes, curve, 1e-9 * max(map(abs, coordinates)), 1 if curve else len(shapes))
+    return Leaf(layer, name, shapes, curve, 1e-9 * max(map(abs, coordinates)), 1 if curve else len(shapes))
 
 
 def make_group(layer, items, places, scale=1.0, copies=1):
@@ -235,5 +250,12 @@ def explode(drawing, tolerance, progress):
 
     shapes = Shapes()
     for leaf, matrix, scale, layer in progress("Cutting", drawing.leaves()):
-        shapes.add(cut(leaf, tolerance / scale if scale else math.inf), matrix, layer)
+        try:
+            cuts = cut(leaf, tolerance / scale if scale else math.inf)
+        except MemoryError:
+            raise
+        except Exception:  # numbers out of all bounds
+            left_out[leaf.name] += 1
+        else:
+            shapes.add(cuts, matrix, layer)
     return shapes, left_out

@@ -6,7 +6,7 @@ from itertools import islice
 from ezdxf.entities.boundary_paths import BoundaryPathType, EdgeType
 from ezdxf.math import ConstructionArc, Vec2, Vec3, arc_angle_span_deg, bulge_center
 from ezdxf.math.triangulation import mapbox_earcut_2d
-from ezdxf.render import MeshBuilder, TraceBuilder
+from ezdxf.render import TraceBuilder
 
 # A shape is a pair of its kind and its vertices: one for a point, two or more for a chain of lines, four for a face.
 # The kinds are the names of the entities that they are written as.
@@ -14,7 +14,7 @@ POINT, LINE, FACE = "POINT", "LINE", "3DFACE"
 
 MOST_SHAPES = 5_000_000  # points, lines and faces that a drawing may become
 WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: the smallest circle is an octagon
-SPLINE_FRAME = 16  # the bit in group 70 of a VERTEX that is no part of its smoothed polyline, but gives it its form
+SPLINE_FRAME = 16  # in group 70: the VERTEX controls a smoothed polyline, but is no part of it
 
 
 def shapes_of(entity):
@@ -30,12 +30,12 @@ def shapes_of(entity):
 
 
 def attribute(entity, name, default):
-    """Returns a DXF attribute, also of an entity that cannot have it."""
+    """Returns a DXF attribute, or `default` for an entity that does not or cannot have it."""
     return entity.dxf.get(name, default) if entity.dxf.is_supported(name) else default
 
 
 def polygon(vertices):
-    """Returns a face, or the triangles of a polygon with more corners or a reflex one: no two of them overlap."""
+    """Returns a face, or triangles that do not overlap for a polygon that is concave or has more than four corners."""
     corners = [a for a, b in zip(vertices, vertices[-1:] + vertices[:-1]) if a.xyz != b.xyz] or vertices[:1]
     if len(corners) < 3:
         return [(LINE if len(corners) == 2 else POINT, corners)]
@@ -56,8 +56,10 @@ def triangle(a, b, c):
 
 def reflex_corner(corners):
     """Returns the index of the corner of a concave quadrilateral that points inwards, None where there is none."""
-    normal = (corners[2] - corners[0]).cross(corners[3] - corners[1])
-    turns = [(corners[i] - corners[i - 1]).cross(corners[(i + 1) % 4] - corners[i]).dot(normal) for i in range(4)]
+    edges = [corners[i] - corners[i - 1] for i in range(4)]
+    normals = [edge.cross(following) for edge, following in zip(edges, edges[1:] + edges[:1])]
+    normal = normals[0] + normals[2]
+    turns = [other.dot(normal) for other in normals]
     left = [i for i in range(4) if turns[i] > 0]
     right = [i for i in range(4) if turns[i] < 0]
     odd = left if len(left) == 1 else right
@@ -76,13 +78,13 @@ def cut_polygon(corners):
 
 
 def height_of(entity):
-    """Returns the extrusion of an entity with thickness (group 39) as a vector, and one without length for others."""
+    """Returns the thickness of an entity (group 39) as a vector, which is zero for most."""
     thickness = attribute(entity, "thickness", 0.0)
     return Vec3(entity.dxf.extrusion).normalize(thickness) if thickness else Vec3()
 
 
 def extruded(shapes, height):
-    """Returns what shapes become that are drawn out: a point a line, a line a face, and a face a solid."""
+    """Returns extruded shapes: a point becomes a line, a line a face, and a face a solid."""
     result = []
     for kind, vertices in shapes:
         top = [vertex + height for vertex in vertices]
@@ -98,16 +100,15 @@ def extruded(shapes, height):
 
 
 def chain(vertices):
-    """Returns a chain of lines, and none for a lone vertex. What is endless ends where it is too long to be written."""
+    """Returns a chain of lines, and none for a lone vertex. An endless one stops where it is too long to be written."""
     vertices = list(islice(vertices, MOST_SHAPES + 2))
     return [(LINE, vertices)] if len(vertices) > 1 else []
 
 
 def lines_of_arc(radius, angle, distance):
-    """Returns how many lines keep within a distance of an arc. Those of a full circle end in its extreme points, too."""
-    sagitta = min(max(distance / radius, 1e-12), 1.0)  # as a part of the radius; a cosine cannot tell less from 0
-    widest = math.degrees(2.0 * math.acos(1.0 - sagitta))
-    count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0))
+    """Returns how many lines keep within a distance of an arc. A full circle is also cut at its extreme points."""
+    widest = math.degrees(4.0 * math.asin(math.sqrt(min(distance / radius / 2.0, 1.0))))
+    count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0)) if widest else 1
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
 
 
@@ -149,6 +150,7 @@ def spline(entity):
 
 
 def lwpolyline(entity):
+    entity.set_points([(*point[:4], visible(point[4])) for point in entity])
     points = entity.get_points("xyb")
     width = max(map(max, entity.get_points("se")))
     return flat_polyline(entity, points, entity.closed, entity.dxf.elevation, entity.dxf.get("const_width", width))
@@ -156,7 +158,8 @@ def lwpolyline(entity):
 
 def polyline(entity):
     if entity.is_poly_face_mesh:
-        return [shape for face in MeshBuilder.from_polyface(entity).faces_as_vertices() for shape in polygon(list(face))]
+        vertices, faces = entity.indexed_faces()
+        return faces_of([vertex.dxf.location for vertex in vertices], (face.indices for face in faces))
     smoothed = any(vertex.dxf.flags & SPLINE_FRAME for vertex in entity.vertices)
     entity.vertices[:] = [vertex for vertex in entity.vertices if not vertex.dxf.flags & SPLINE_FRAME]
     points = [vertex.dxf.location for vertex in entity.vertices]
@@ -165,6 +168,8 @@ def polyline(entity):
         return grid(entity, points, *(entity.dxf.get(name) for name in size.split()))
     if entity.is_3d_polyline:
         return chain(points + points[:1] if entity.is_closed else points)
+    for vertex in entity.vertices:
+        vertex.dxf.bulge = visible(vertex.dxf.bulge)
     corners = [(x, y, vertex.dxf.bulge) for (x, y, _), vertex in zip(points, entity.vertices)]
     elevation = Vec3(entity.dxf.elevation) if entity.dxf.hasattr("elevation") else points[0]
     names = ("default_start_width", "default_end_width")
@@ -184,8 +189,13 @@ def grid(entity, points, rows, columns):
 
 
 def mesh(entity):
-    vertices = [Vec3(vertex) for vertex in entity.vertices]
-    return [shape for face in entity.faces for shape in polygon([vertices[i] for i in face])]
+    return faces_of([Vec3(vertex) for vertex in entity.vertices], entity.faces)
+
+
+def faces_of(vertices, faces):
+    """Returns the shapes of faces that are given as indices of vertices, but for faces with a wrong index."""
+    known = range(len(vertices))
+    return [shape for face in faces if all(i in known for i in face) for shape in polygon([vertices[i] for i in face])]
 
 
 def flat_polyline(entity, points, closed, elevation, width):
@@ -194,16 +204,21 @@ def flat_polyline(entity, points, closed, elevation, width):
     def cut(distance):
         return chain(raised(round_vertices(corners, closed, distance), entity, elevation))
 
+    def band(count):
+        faces = TraceBuilder.from_polyline(entity, segments=count).faces()
+        vertices = iter(raised((vertex for face in faces for vertex in face), entity, elevation))
+        return [shape for face in zip(*[vertices] * 4) for shape in polygon(list(face))]
+
     def cut_band(distance):
-        radii = (start.distance(bulge_center(start, end, bulge)) for start, end, bulge in sides(corners, closed) if bulge)
-        count = max((lines_of_arc(radius + width / 2.0, 360.0, distance) for radius in radii), default=8)
-        band = TraceBuilder.from_polyline(entity, segments=count)
-        return [shape for face in band.faces() for shape in polygon(list(raised(face, entity, elevation)))]
+        count = lines_of_arc(max(radii) + width / 2.0, 360.0, distance)
+        return octagonal if count == 8 else band(count)
 
     corners = [(Vec2(x, y), bulge) for x, y, bulge in points]
-    if width:
-        return cut_band
-    return cut if any(bulge for _, bulge in corners) else cut(0.0)
+    radii = [start.distance(bulge_center(start, end, bulge)) for start, end, bulge in sides(corners, closed) if bulge]
+    if not width:
+        return cut if radii else cut(0.0)
+    octagonal = band(8)
+    return cut_band if radii else octagonal
 
 
 def raised(flat, entity, elevation):
@@ -211,11 +226,16 @@ def raised(flat, entity, elevation):
     return entity.ocs().points_to_wcs(Vec3(vertex.x, vertex.y, elevation) for vertex in flat)
 
 
+def visible(bulge):
+    """Returns a bulge, and 0 for one so small that nobody sees it."""
+    return bulge if abs(bulge) > 1e-9 else 0.0
+
+
 def sides(corners, closed):
-    """Yields start, end and bulge of each side of a polyline. A bulge so small that nobody sees it is 0."""
+    """Yields start, end and bulge of each side of a polyline."""
     ends = corners[1:] + corners[:1] if closed else corners[1:]
     for (start, bulge), (end, _) in zip(corners, ends):
-        yield start, end, 0.0 if abs(bulge) < 1e-9 or start.isclose(end) else bulge
+        yield start, end, 0.0 if start.isclose(end) else bulge
 
 
 def round_vertices(corners, closed, distance):
@@ -246,7 +266,7 @@ def hatch(entity):
 def boundary(path, distance):
     """Yields the vertices of each part of one boundary."""
     if path.type == BoundaryPathType.POLYLINE:
-        yield round_vertices([(Vec2(x, y), bulge) for x, y, bulge in path.vertices], path.is_closed, distance)
+        yield round_vertices([(Vec2(x, y), visible(bulge)) for x, y, bulge in path.vertices], path.is_closed, distance)
         return
     for edge in path.edges:
         yield EDGES[edge.type](edge, distance)

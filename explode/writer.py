@@ -1,5 +1,5 @@
-# Writes points, lines and faces as a DXF file in text form that cannot be misread line by line: by a reader such as
-# Tolmera's, which takes every line of the digits 0 1 2 3 5 8 and blanks for a possible group code.
+# Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's takes every line of the digits
+# 0 1 2 3 5 8 and blanks for a possible group code, so other lines are not written like that.
 import io
 import re
 
@@ -39,8 +39,9 @@ def entity(kind, handle, name, corners):
 
 
 def unmistakable(name, corners):
-    """Returns a layer's name, and corners with their codes in such an order that the name can be taken for the code of
-    a corner without harm. That ends an entity too early only where it is the last one that the entity lacks."""
+    """Returns a layer's name, and corners with their codes. A reader may take a layer's name such as 31 for a group
+    code. That only harms if it completes the entity, so the corners are written in an order in which another code comes
+    last."""
     for order in (corners, corners[1:] + corners[:1]):
         last_code = str(order[-1][0][2])
         if last_code not in name or name.strip("012358 \t"):
@@ -60,7 +61,7 @@ def frame(colors, low, high, count):
     document.write(text)
     begin = "  2\nENTITIES\n"
     head, tail = text.getvalue().rsplit(begin, 1)
-    # Who looks for the name of the section must not find that of a layer.
+    # A reader that looks for the section must not find a layer of that name.
     return head.replace("ENTITIES", escaped("E") + "NTITIES") + begin, tail
 
 

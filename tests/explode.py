@@ -2,9 +2,13 @@
 # tolmera-explode on small drawings that ezdxf makes: what each kind of entity becomes, what is refused, and a picture.
 # CMake tells in the environment where the program and the one for previews are.
 import collections
+import contextlib
+import io
 import os
 import re
+import runpy
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -15,6 +19,8 @@ from ezdxf.render import forms
 SQUARE = [(0, 0), (4, 0), (4, 4), (0, 4)]
 BOW = [(0, 0), (4, 0), (0, 4), (4, 4)]  # the order in which a SOLID has the corners of a square
 U = [(0, 0), (4, 0), (4, 3), (3, 3), (3, 1), (1, 1), (1, 3), (0, 3)]
+ALMOST = [(0, 0, 1e-15), (8, 0, 0)]  # straight
+DISC = [(0, 0, 2, 2, 1), (2, 0)]  # its lower half
 
 
 def having(**attributes):
@@ -23,7 +29,7 @@ def having(**attributes):
 
 def mesh(space):
     with space.add_mesh().edit_data() as data:
-        data.vertices, data.faces = [(x, y, 0) for x, y in U], [range(8)]
+        data.vertices, data.faces = [(x, y, 0) for x, y in U], [range(8), (0, 1, 8)]  # there is no vertex 8
 
 
 def polygon_mesh(space):
@@ -56,6 +62,10 @@ def insert(space):
     array.add_attrib("NUMBER", "1", (0, 0))
 
 
+def dimension(space):
+    space.add_linear_dim((5, 3), (0, 0), (9, 0)).render()
+
+
 def layers(space):
     space.doc.layers.add("off").off()
     space.doc.layers.add("frozen").freeze()
@@ -77,7 +87,9 @@ KINDS = {
     "TRACE from below": (lambda s: s.add_trace(BOW, **having(extrusion=(0, 0, -1))), (0, 0, 1), (-4, 0, 0), (0, 4, 0)),
     "LWPOLYLINE": (lambda s: s.add_lwpolyline(SQUARE, close=True), (0, 4, 0), (0, 0, 0), (4, 4, 0)),
     "LWPOLYLINE, round": (lambda s: s.add_lwpolyline([(0, 0, 1), (2, 0, 0)], "xyb"), (0, 25, 0), (0, -1, 0), (2, 0, 0)),
-    "LWPOLYLINE, wide": (lambda s: s.add_lwpolyline([(0, 0, 2, 2), (8, 0)]), (0, 0, 1), (0, -1, 0), (8, 1, 0)),
+    "LWPOLYLINE, almost straight": (lambda s: s.add_lwpolyline(ALMOST, "xyb"), (0, 1, 0), (0, 0, 0), (8, 0, 0)),
+    "LWPOLYLINE, wide": (lambda s: s.add_lwpolyline([(0, 0, 2, 2, 1e-15), (8, 0)]), (0, 0, 1), (0, -1, 0), (8, 1, 0)),
+    "LWPOLYLINE, wide and round": (lambda s: s.add_lwpolyline(DISC, "xyseb"), (0, 0, 28), (-1, -2, 0), (3, 0, 0)),
     "POLYLINE in 2D": (lambda s: s.add_polyline2d(SQUARE, close=True), (0, 4, 0), (0, 0, 0), (4, 4, 0)),
     "POLYLINE, smoothed": (smoothed, (0, 2, 0), (0, 0, 0), (2, 1, 0)),
     "POLYLINE in 3D": (lambda s: s.add_polyline3d([(0, 0, 1), (1, 2, 3), (4, 4, 4)]), (0, 2, 0), (0, 0, 1), (4, 4, 4)),
@@ -91,7 +103,7 @@ KINDS = {
     "HELIX": (lambda s: s.add_helix(2, 1, 2), (0, 256, 0), (-2, -2, 0), (2, 2, 2)),
     "HATCH": (hatch, (0, 59, 0), (0, 0, 3), (4, 7, 3)),
     "INSERT": (insert, (0, 174, 0), (-3, -1, -1), (17, 7, 0)),
-    "DIMENSION": (lambda s: s.add_linear_dim((5, 3), (0, 0), (9, 0)).render(), (3, 3, 2), (-0.1, 0, 0), (9.1, 3.375, 0)),
+    "DIMENSION": (dimension, (0, 3, 2), (-0.1, 0.125, 0), (9.1, 3.375, 0)),
     "LEADER": (lambda s: s.add_leader([(0, 0), (5, 3), (9, 3)]), (0, 2, 1), (0, 0, 0), (9, 3, 0)),
     "layers": (layers, (0, 7, 7), (1, 2, 0), (7, 8, 6)),
 }
@@ -110,8 +122,8 @@ def recursive(space):
 # What is drawn, the arguments, and what the program says.
 REFUSED = [
     (lambda space: space.add_text("Dear reader"), ("in.dxf", "out.dxf"), "holds nothing to show"),
-    (endless_array, ("in.dxf", "out.dxf"), "more than 5,000,000 points"),
-    (recursive, ("in.dxf", "out.dxf"), 'The block "a" contains itself.'),
+    (endless_array, ("in.dxf", "out.dxf"), "more than 5,000,000 parts"),
+    (recursive, ("in.dxf", "out.dxf"), 'The block "A" contains itself.'),
     (mesh, ("in.dxf", "./in.dxf"), "is the input"),
     (mesh, ("in.dxf", "."), "is not a regular file"),
     (mesh, ("letter.dxf", "out.dxf"), "is no DXF file"),
@@ -141,13 +153,14 @@ class Explode(unittest.TestCase):
 
     def explode(self, *options):
         """Returns the entities that the program makes of in.dxf, the lines about them in the file, and its message."""
-        done = self.run_program(*options, "in.dxf", "out.dxf")
-        self.assertEqual(done.returncode, 0, done.stderr)
+        sys.argv[1:] = *options, "in.dxf", "out.dxf"
+        with contextlib.redirect_stderr(io.StringIO()) as messages:
+            runpy.run_path(os.environ["EXPLODE"])
         result = ezdxf.readfile("out.dxf")
         self.assertEqual([problem.message for problem in result.audit().errors], [])
         with open("out.dxf", encoding="utf-8") as file:
             section = file.read().partition("  2\nENTITIES\n")[2].partition("ENDSEC")[0]
-        return result.modelspace(), section.splitlines(), done.stderr
+        return result.modelspace(), section.splitlines(), messages.getvalue()
 
     def test_kinds(self):
         for name, (draw, counts, *extents) in KINDS.items():
@@ -178,13 +191,14 @@ class Explode(unittest.TestCase):
         self.assertEqual(len(self.explode("--all")[0]), 18)
 
     def test_export(self):
-        """A drawing without anything but entities, as small programs write it."""
+        """A drawing of nothing but entities, as small programs write it, whole and cut off."""
         line = "0 LINE 8 0 60 1 10 1 20 2 30 3 11 4 21 5 31 6 "
         face = "0 3DFACE 8 0 70 15 10 0 20 0 30 0 11 4 21 0 31 0 12 4 22 4 32 0 13 0 23 4 33 0 "
-        self.write("in.dxf", f"0 SECTION 2 ENTITIES 0 UNKNOWN 8 0 {line}{face}0 ENDSEC 0 EOF ".replace(" ", "\n"))
-        entities, lines, message = self.explode()
-        self.assertEqual([entity.dxftype() for entity in entities], ["3DFACE"])
-        self.assertIn("12,4.0,22,4.0,32,0.0,13,0.0,23,4.0,33,0.0", ",".join(map(str.strip, lines)))
+        for end in ("0 LINE 8 0 10 1 20 2 30 3 11 4 2", "0 ENDSEC 0 EOF "):
+            self.write("in.dxf", f"0 SECTION 2 ENTITIES 0 UNKNOWN 8 0 {line}{face}{end}".replace(" ", "\n"))
+            entities, lines, message = self.explode()
+            self.assertEqual([entity.dxftype() for entity in entities], ["3DFACE"], end)
+            self.assertIn("12,4.0,22,4.0,32,0.0,13,0.0,23,4.0,33,0.0", ",".join(map(str.strip, lines)), end)
         self.assertIn("1 UNKNOWN", message)
 
     def test_options(self):
@@ -201,8 +215,10 @@ class Explode(unittest.TestCase):
         self.write("tolmera", '#!/bin/sh\necho "$1"; grep -c AcDbFace "$1"')
         os.chmod("tolmera", 0o755)
         self.draw(mesh)
-        opened, faces = self.run_program("--view", "in.dxf", PATH=".:" + os.environ["PATH"]).stdout.split()
-        self.assertEqual((os.path.basename(opened), faces, os.path.exists(opened)), ("in.dxf", "6", False))
+        os.rename("in.dxf", b"caf\xe9.dxf")  # Latin 1
+        opened, faces = self.run_program("--view", b"caf\xe9.dxf", PATH=".:" + os.environ["PATH"]).stdout.split()
+        self.assertEqual((os.path.basename(opened), faces, os.path.exists(opened)), ("caf_.dxf", "6", False))
+        self.assertIn("zenity", self.run_program("--view", "--dialog", PATH=".").stderr)
 
     def test_refused(self):
         for draw, names, message in REFUSED:
@@ -245,4 +261,5 @@ class Explode(unittest.TestCase):
         self.assertGreater(int(colors), 3)
 
 
+sys.path.append(os.path.dirname(os.environ["EXPLODE"]))  # its modules
 unittest.main()

@@ -123,7 +123,8 @@ private slots:
                 if (step.startsWith("ctrl"))
                     QProcess::execute("xdotool", {"key", "--clearmodifiers", step});
                 if (step == "navigate")
-                    note(window.active()->drawing_translation({0.3, 0.2, 0.1}), window.active()->drawing_scaling(7));
+                    note(window.active()->drawing_translation({0.3, 0.2, 0.1}),
+                         window.active()->drawing_rotation({10, 20, 30}), window.active()->drawing_scaling(7));
                 if (step == "frame without a drawing")
                     window.area->addSubWindow(new QWidget)->show();
                 if (step == "empty drawing")
@@ -154,6 +155,8 @@ private slots:
     {
         write_file("sub/Häuser Дом 家.dxf", dxf(section("mixed").toLatin1().split('\n')));
         write_file("origin.dxf", dxf({"POINT 0.0 0.0 0.0"}));
+        write_file("<IMG src=f>/a.dxf", dxf({"POINT 0.0 0.0 0.0"}));
+        QVERIFY(QFile::link("sub", folder().filePath("link")));
         write_file("<IMG src=f>.dxf", "");
         write_file("<p\nstyle.dxf", dxf({"TEXT 1.0"}));
         Main window;
@@ -161,7 +164,7 @@ private slots:
         const User user([&](QWidget* modal) {
             auto* dialog = qobject_cast<QFileDialog*>(modal);
             note(dialog->parent()->metaObject()->className(), dialog->windowTitle(), dialog->directory().path(),
-                 dialog->nameFilters().join('|'));
+                 dialog->nameFilters().join("; "));
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(choice);
             choice.isEmpty() ? dialog->reject() : static_cast<QDialog*>(dialog)->accept();
         });
@@ -198,7 +201,10 @@ private slots:
             MyMainWindow window;
             note(window.geometry());
             window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
             window.setGeometry(150, 120, 600, 500);
+            QTRY_VERIFY(window.pos() != window.geometry().topLeft()); // the window manager has framed it
+            const QPoint pos = window.pos();
             struct Busy : QWidget {
                 void closeEvent(QCloseEvent* event) override { event->ignore(); }
             };
@@ -206,7 +212,7 @@ private slots:
                 window.findChild<QMdiArea*>()->addSubWindow(new Busy)->show();
             note(window.close());
             settings.sync();
-            note(settings.allKeys().join(','), settings.value("pos").toPoint(), settings.value("size").toSize());
+            note(settings.allKeys().join(", "), settings.value("pos") == pos, settings.value("size"));
         });
     }
 

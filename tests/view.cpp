@@ -176,7 +176,7 @@ private slots:
         const User user([&](QWidget* window) {
             auto* dialog = qobject_cast<QColorDialog*>(window);
             note("preset", dialog->currentColor().name());
-            is_counting = false; // for the dialog uncovers views when it goes
+            is_counting = false; // the dialog uncovers views when it goes
             dialog->setCurrentColor(color);
             views[1]->makeCurrent(); // as its repaint would
             static_cast<QDialog*>(dialog)->done(color == "none" ? QDialog::Rejected : QDialog::Accepted);

@@ -11,13 +11,14 @@
 class Canvas
 {
 public:
-    /// Throws std::bad_alloc when there is not enough memory.
+    /// `side` is in samples, from 1; shades are from 0, black, to 255. Throws std::bad_alloc when there is not enough
+    /// memory.
     Canvas(int side, unsigned char background);
 
     /// Colours the samples whose centres are in the triangle. Corners are finite; they may lie outside the canvas.
     void fill_triangle(const DRVect3d& a, const DRVect3d& b, const DRVect3d& c, unsigned char grey);
 
-    /// The mean of a square of samples, whose first column and row and whose side are given.
+    /// The mean shade of a square of samples within the canvas, whose first column and row and whose side are given.
     unsigned char mean(int column, int row, int side) const;
 
 private:

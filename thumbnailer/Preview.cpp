@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <new>
 
@@ -23,10 +22,9 @@ const DRVect3d eye_z = DRVect3d().normalize({-1, -1, 1});
 // On the canvas, where y points downwards: the front of a box is light, its top less, its side dark.
 const DRVect3d light = DRVect3d().normalize({0.32, 0.12, 0.94});
 
-// The shades of the viewer's window: its background, objects, and faces that get no light.
-constexpr unsigned char background = 128;
-constexpr unsigned char object_color = 245;
-constexpr double ambient = 10;
+constexpr unsigned char background = 80;    // darker than all that is drawn
+constexpr unsigned char darkest_face = 100; // which gets no light
+constexpr unsigned char object_color = 245; // of points, lines and the lightest face, as in the viewer
 
 constexpr double margin = 0.04;        // around the drawing, in parts of its reach
 constexpr int smoothing = 4;           // samples for one pixel, along each side
@@ -90,7 +88,7 @@ public:
             break;
         case DraftEntity::Face: {
             const DRVect3d normal = DRVect3d().getNormal(corners[0], corners[1], corners[2]);
-            const double lit = ambient + object_color * std::fabs(dot(normal, light));
+            const double lit = darkest_face + (object_color - darkest_face) * std::fabs(dot(normal, light));
             draw_face(corners, static_cast<unsigned char>(lit));
             break;
         }
@@ -163,10 +161,10 @@ QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& 
         throw std::bad_alloc();
     bool shows_anything = false;
     for (int y = 0; y < size; ++y) {
+        unsigned char* const row = picture.scanLine(y);
         for (int x = 0; x < size; ++x) {
-            const unsigned char grey = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
-            picture.scanLine(y)[x] = grey;
-            shows_anything |= std::abs(grey - background) >= faintest_contrast;
+            row[x] = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
+            shows_anything |= row[x] - background >= faintest_contrast;
         }
     }
     return shows_anything ? picture : QImage();

@@ -21,7 +21,7 @@ struct SeenExtents {
 /// the viewer's source view shows. Nothing where they are not finite; coordinates that are no numbers take no part.
 std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities);
 
-/// A square picture of a drawing, `size` pixels wide, in shades of grey: faces lit, points and lines in the viewer's
-/// colour, on its background. A null image where nothing would be seen. Throws std::bad_alloc when there is not enough
-/// memory.
+/// A square picture of a drawing whose extents are given, `size` pixels wide, from 1, in shades of grey: faces lit,
+/// points and lines in the viewer's colour, on a background darker than these. A null image where nothing would be
+/// seen. Throws std::bad_alloc when there is not enough memory.
 QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& extents, int size);

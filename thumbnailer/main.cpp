@@ -148,19 +148,20 @@ std::string write_picture(const std::string& png, const char* file, const char* 
     if (exists && ::stat(drawing, &source) == 0 && source.st_dev == facts.st_dev && source.st_ino == facts.st_ino)
         return "it is the drawing";
 
-    // Reading is for posix_fallocate, where the file system leaves the work to it.
+    // O_RDWR: without the file system's help posix_fallocate reads the file.
     const int descriptor = ::open(file, O_RDWR | O_NOFOLLOW | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL), 0666);
     if (descriptor < 0)
         return std::strerror(errno);
     const auto size = static_cast<off_t>(png.size());
-    const int no_space = ::posix_fallocate(descriptor, 0, size);
-    const bool written =
-        no_space == 0 && ::write(descriptor, png.data(), png.size()) == size && ::ftruncate(descriptor, size) == 0;
-    std::string problem = written ? "" : std::strerror(no_space != 0 ? no_space : errno);
-    if (!written && (exists ? ::ftruncate(descriptor, no_space != 0 ? facts.st_size : 0) : ::unlink(file)) != 0)
-        return problem + ", and it is not as it was";
-    ::close(descriptor);
-    return problem;
+    int problem = ::posix_fallocate(descriptor, 0, size);
+    const bool has_space = problem == 0;
+    if (has_space && (::write(descriptor, png.data(), png.size()) != size || ::ftruncate(descriptor, size) != 0))
+        problem = errno;
+    if (problem == 0)
+        return {};
+    // Without space the file is as it was but for its length. After a failed write it is emptied.
+    const bool undone = (exists ? ::ftruncate(descriptor, has_space ? 0 : facts.st_size) : ::unlink(file)) == 0;
+    return std::strerror(problem) + std::string(undone ? "" : ", and it is not as it was");
 }
 
 } // namespace
@@ -171,7 +172,8 @@ int main(int argc, char** argv)
     if (size < 1)
         fail("usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, SIZE from 1 to 1024 pixels");
 
-    // Too large a file and a closed pipe are errors of write() and not the end, and the child can be waited for.
+    // write() then fails at the size limit or on a closed pipe, where a signal would end us. An ignored SIGCHLD would
+    // hide how the child ended.
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);

@@ -16,15 +16,15 @@ constexpr std::size_t pages_of_block = 128;
 
 struct alignas(page_size) Page {
     Page* block;        // the first page of its block
-    std::size_t pieces; // in that page: those of the block that were handed out and not taken back
+    std::size_t pieces; // in use, of the whole block; kept in its first page only
     unsigned char memory[page_size - sizeof(void*) - sizeof(std::size_t)];
 };
 
 Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
-/// Goes on to the next page of the block, or to a new block. The kernel fills huge pages in a fifth of the time, if it
-/// is told before the first byte is written.
+/// Goes on to the next page of the block, or to a new block. Huge pages make the first writing five times as fast,
+/// but have to be asked for before it.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {
@@ -55,6 +55,8 @@ void* BlockMemory::take(std::size_t size)
 
 void BlockMemory::release(void* piece) noexcept
 {
+    if (piece == nullptr)
+        return;
     const std::uintptr_t page = reinterpret_cast<std::uintptr_t>(piece) / page_size * page_size;
     Page* const block = reinterpret_cast<Page*>(page)->block; // NOLINT(performance-no-int-to-ptr): it is piece's page
     if (--block->pieces > 0)

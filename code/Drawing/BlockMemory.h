@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. A piece that is taken back
-/// is not handed out again; its block is given back, or begun anew, with the last piece in it. That suits the objects
-/// of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes.
+/// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. Released pieces
+/// are not reused one by one: when all pieces of a block are released, the block is freed or reused. That suits the
+/// objects of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes.
 namespace BlockMemory
 {
 
@@ -18,7 +18,7 @@ void release(void* piece) noexcept;
 
 } // namespace BlockMemory
 
-/// The same for a container of the standard library.
+/// Gives a standard container its memory from BlockMemory.
 template <typename T> struct BlockAllocator {
     using value_type = T;
 

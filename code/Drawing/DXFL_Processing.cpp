@@ -41,28 +41,32 @@ struct CloseFile {
 
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Opens a regular file, or one that ends at once when nobody waits for it, as /dev/null does and a FIFO without a
-/// writer. Null for any other device or FIFO: to read one could take for ever.
+/// Opens a regular file. A FIFO or a device is opened only if it is at its end at once, as /dev/null is and a FIFO
+/// without a writer. Null for all others: reading them may never end.
 File open_file(const std::string& file_name)
 {
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
-    // Some files of /proc, such as kmsg, wait although they count as regular.
+    // Not to wait matters for regular files, too: some in /proc, such as kmsg, would block.
     int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0 && errno == EWOULDBLOCK) // another process has a lease on the file, and is asked to give it up
+    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // a lease, which its owner is asked to give up
         descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
     char character = 0;
     if (is_regular || ::read(descriptor, &character, 1) == 0)
-        return File(::fdopen(descriptor, "rt"));
+        if (std::FILE* file = ::fdopen(descriptor, "rt"))
+            return File(file);
     ::close(descriptor);
     return nullptr;
 }
 
 bool contains(std::string_view line, std::string_view word)
 {
-    return line.find(word) != std::string_view::npos;
+    for (; line.size() >= word.size(); line.remove_prefix(1))
+        if (line[0] == word[0] && line.substr(0, word.size()) == word)
+            return true;
+    return false;
 }
 
 /// The line without its LF and a CR right before it.
@@ -93,18 +97,18 @@ public:
         }
     }
 
-    /// Takes the value `line` of the group codes `codes`. A line that denotes code 0 ends the entity, unless it is a
-    /// handle or a layer name.
-    void fill(Codes codes, std::string_view line, Codes denoted_by_line)
+    /// Takes `line` as the value of the group codes that the line before it denotes. A line that itself denotes code 0
+    /// ends the entity, unless it is a handle or a layer name.
+    void fill(Codes previous_codes, std::string_view line, Codes line_codes)
     {
-        if ((codes & code_5) != 0)
+        if ((previous_codes & code_5) != 0)
             my_entity->set_str_id(text_of(line));
-        if ((codes & code_8) != 0)
+        if ((previous_codes & code_8) != 0)
             my_entity->set_layer_str_id(text_of(line));
-        if ((codes & coordinate_codes) != 0)
-            set_coordinates(codes & coordinate_codes, to_number(line));
+        if ((previous_codes & coordinate_codes) != 0)
+            set_coordinates(previous_codes & coordinate_codes, to_number(line));
         if (my_presence_banner == my_model_banner ||
-            ((denoted_by_line & code_0) != 0 && (codes & (code_8 | code_5)) == 0))
+            ((line_codes & code_0) != 0 && (previous_codes & (code_8 | code_5)) == 0))
             my_entity = nullptr;
     }
 
@@ -155,20 +159,20 @@ bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& 
     GroupCodes group_codes(&DXFL_Processing::is_tag_string);
     bool is_entity_section = false;
     OpenEntity entity;
-    Codes denoted = 0; // by the line that was read last
+    Codes line_codes = 0;
 
     for (Line line; lines.next(line);) {
-        const Codes codes = std::exchange(denoted, group_codes.denoted_by(line));
+        const Codes previous_codes = std::exchange(line_codes, group_codes.denoted_by(line));
         if (!is_entity_section) {
-            is_entity_section = (codes & code_2) != 0 && contains(line.text, "ENTITIES");
+            is_entity_section = (previous_codes & code_2) != 0 && contains(line.text, "ENTITIES");
             continue;
         }
-        if ((codes & code_0) != 0 && contains(line.text, "ENDSEC"))
+        if ((previous_codes & code_0) != 0 && contains(line.text, "ENDSEC"))
             break;
-        if ((codes & code_0) != 0 && !entity)
+        if ((previous_codes & code_0) != 0 && !entity)
             entity.start(line.text, drentity_lst);
         if (entity)
-            entity.fill(codes, line.text, denoted);
+            entity.fill(previous_codes, line.text, line_codes);
     }
     return true;
 }

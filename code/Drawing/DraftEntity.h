@@ -27,7 +27,7 @@ public:
     DraftEntity(const DraftEntity&) = delete;
     DraftEntity& operator=(const DraftEntity&) = delete;
 
-    /// An entity, its points and its vector of them lie side by side.
+    /// From BlockMemory, so that an entity lies beside its points.
     static void* operator new(std::size_t size) { return BlockMemory::take(size); }
     static void operator delete(void* entity) { BlockMemory::release(entity); }
 

@@ -11,12 +11,12 @@ namespace
 constexpr std::array<const char*, 16> all_codes = {"10", "20", "30", "11", "21", "31", "12", "22",
                                                    "32", "13", "23", "33", "0",  "2",  "5",  "8"};
 
-/// Whether a letter, a sign or a point, one of which nearly every value has, is among eight characters of ASCII.
+/// Whether one of eight bytes is a letter, a sign, a point or no ASCII. Nearly every value has one, no group code does.
 bool has_letter_or_point(std::uint64_t characters)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
-    const std::uint64_t from_64_on = characters & ones * 0xC0;
-    const std::uint64_t from_40_to_47 = characters & ~characters << 1 & characters << 2 & ones * 0x20;
+    const std::uint64_t from_64_on = characters & (ones * 0xC0);
+    const std::uint64_t from_40_to_47 = characters & (~characters << 1) & (characters << 2) & (ones * 0x20);
     return (from_64_on | from_40_to_47) != 0;
 }
 

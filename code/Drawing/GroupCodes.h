@@ -27,12 +27,13 @@ inline constexpr std::string_view code_characters = "012358 \r\n\t";
 class GroupCodes
 {
 public:
-    /// Whether the line `presence_str` denotes the group code `model_str`; never where the one does not contain the
-    /// other, or holds anything but code characters.
+    /// Whether the line `presence_str` denotes the group code `model_str`. It has to be false unless the line contains
+    /// the code and holds only code characters.
     using Test = bool (*)(std::string presence_str, std::string model_str);
 
     explicit GroupCodes(Test denotes) : my_denotes(denotes) {}
 
+    /// The codes that a complete line denotes; none for most lines.
     Codes denoted_by(const Line& line);
 
 private:

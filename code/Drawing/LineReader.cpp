@@ -19,7 +19,7 @@ std::uint64_t word_at(const char* text)
     return le64toh(word);
 }
 
-/// A bit in the first byte of `word` that is LF, and perhaps bits above it; 0 where there is no LF.
+/// The lowest bit that is set lies in the first LF of `word`; higher bits mean nothing. 0 without an LF.
 std::uint64_t line_feeds(std::uint64_t word)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
@@ -29,7 +29,7 @@ std::uint64_t line_feeds(std::uint64_t word)
 
 } // namespace
 
-/// A word is read at a time, so the block has room for one behind its end.
+/// Words are read up to the last byte, so the block has a spare word at its end.
 LineReader::LineReader(std::FILE* file) : my_file(file), my_block(first_block_size + word_size) {}
 
 bool LineReader::next(Line& line)

@@ -11,7 +11,7 @@
 /// Every character of a line up to and including its LF.
 struct Line {
     std::string_view text;
-    std::uint64_t head = 0; // its first eight characters, the first one lowest, or fewer and zeros behind its LF
+    std::uint64_t head = 0; // its first eight bytes, the first one lowest; zeros follow the LF of a shorter line
 };
 
 /// Reads a file in blocks and hands out its lines; the rest of a file behind its last LF is no line. Lines may be as

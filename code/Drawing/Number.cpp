@@ -26,8 +26,8 @@ bool ends_number(char c)
     return c == '\n' || c == '\r' || c == ' ';
 }
 
-/// Appends the digits at `at` to those of `number`, and returns what stands behind them. More than eighteen digits
-/// leave no number of use.
+/// Appends the digits at `at` to those of `number`, and returns what stands behind them. From nineteen
+/// digits on it may overflow; the caller uses it up to fifteen.
 const char* read_digits(const char* at, std::uint64_t& number)
 {
     for (;; ++at) {

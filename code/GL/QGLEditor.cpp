@@ -39,7 +39,7 @@ constexpr unsigned int bufMaxSize = 512;
 /// and the largest depth, the name.
 constexpr unsigned int entries_per_hit = 4;
 
-/// The name of the hit with the smallest depth, which either of its two may be; the earliest of equal ones.
+/// The name of the hit whose nearer depth is smallest; of equal ones, the earliest.
 GLuint front_name(const GLuint* buffer, unsigned long quantity)
 {
     const auto depth = [](const GLuint* hit) { return std::min(hit[1], hit[2]); };
@@ -60,9 +60,8 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
 /// Two opposite lights on the z axis of eye space, one behind the viewer and one before.
 void set_up_lights(double limit)
 {
-    // The fourth component is 0, so the lights are at infinity and only their directions count. The first view of the
-    // process sets the distance for all later ones, so it has to be one whose square a float holds, even where that
-    // view's limit is 0, infinite or not a number.
+    // The fourth component is 0, so the lights are at infinity and only their directions count. OpenGL normalises
+    // these, so the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
     static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
@@ -267,7 +266,8 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const QPoint turned = event->angleDelta(); // of which Qt 5's delta() gives one side in each of its events
+    const QPoint turned =
+        event->angleDelta(); // both sides: Qt 5 sends a diagonal turn as two events, the second without any
     const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;

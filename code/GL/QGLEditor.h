@@ -20,6 +20,7 @@ class QGLEditor : public QGLWidget
     Q_OBJECT
 
 public:
+    /// The sides that a drawing can be seen from; in FRONT, x points to the right and y upwards.
     enum Orientation_Mode : int { FRONT, BACK, LEFT, RIGHT, TOP, BOTTOM };
 
     explicit QGLEditor(QWidget* parent);

@@ -7,12 +7,12 @@
 #else
 #include <QOpenGLContext>
 #include <QWindow>
+#include <utility>
 
-enum QGL { DoubleBuffer = 0, DepthBuffer = 1 }; // as the least depth of the depth buffer; Qt 6 buffers doubly anyway
+enum QGL { DoubleBuffer = 0, DepthBuffer = 1 }; // DepthBuffer is the least depth in bits; Qt 6 always double-buffers
 using QGLFormat = int;
 
-/// As on Qt 5, it draws straight into a native window of its own, and has its context from setFormat() on. (Qt 6's
-/// QOpenGLWidget draws into a texture, from which its whole window is painted, and has no context before it is shown.)
+/// Like Qt 5's, it draws straight into a native window of its own and has its context from setFormat() on.
 struct QGLWidget : QWidget {
     QGLWidget(QWidget* parent, QGLWidget* /*shared*/, Qt::WindowFlags flags) : QWidget(parent, flags) {}
     void setFormat(QGLFormat depth)
@@ -40,8 +40,8 @@ private:
     virtual void paintGL() = 0;
     void resizeEvent(QResizeEvent* /*event*/) override
     {
-        setAutoFillBackground(!autoFillBackground()); // has Qt work out anew what it need not paint behind the view,
-        window()->update();                           // for a size may come late, after that has been painted
+        setAutoFillBackground(!autoFillBackground()); // Qt then works out again what the view covers: a size may come
+        window()->update();                           // after the frame around it has been painted
         if (!makeCurrent())
             return;
         if (!std::exchange(my_is_initialized, true))

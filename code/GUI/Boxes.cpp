@@ -1,4 +1,4 @@
-// Boxes by QMessageBox, with nothing that a file's name could smuggle in.
+// Boxes by QMessageBox. A name whose markup would make Qt open a file is shown as plain text.
 
 #include "Boxes.h"
 
@@ -9,7 +9,7 @@
 namespace
 {
 
-bool has_encoding(const QString& name)
+bool fits_locale(const QString& name)
 {
     return !name.contains(QChar::ReplacementCharacter) && QFile::decodeName(QFile::encodeName(name)) == name;
 }
@@ -28,8 +28,9 @@ void inform(QWidget* parent, const QString& title, const QString& text)
 
 QString rich_name(const QString& name)
 {
+    // Qt opens what an attribute or a style sheet names; neither goes without "=" or "style" behind a "<".
     static const QRegularExpression opens_files("<.*(=|style)", QRegularExpression::CaseInsensitiveOption |
                                                                     QRegularExpression::DotMatchesEverythingOption);
     const QString text = name.contains(opens_files) ? QString(name).replace('<', "&lt;") : name;
-    return has_encoding(name) ? text : text + "<br />(this name is not in the encoding of the locale)";
+    return fits_locale(name) ? text : text + "<br />(this name is not in the encoding of the locale)";
 }

@@ -27,20 +27,6 @@ namespace
 /// Where the window stands until it has been moved.
 constexpr QRect first_place(200, 200, 400, 400);
 
-/// Whether a window can be at a stored place: some of it is on a screen, and it is at most twice as large as all
-/// screens together.
-bool fits_screens(const QRect& window)
-{
-    QRect all_screens;
-    bool shows = false;
-    for (const QScreen* screen : QGuiApplication::screens()) {
-        all_screens |= screen->geometry();
-        shows = shows || screen->geometry().intersects(window);
-    }
-    return shows && window.isValid() && window.width() <= 2 * all_screens.width() &&
-           window.height() <= 2 * all_screens.height();
-}
-
 constexpr const char* home_page = "https://tolmera.example";
 
 /// A link whose visible text is its own address.
@@ -165,7 +151,7 @@ void MyMainWindow::createActions()
         connect(action, SIGNAL(triggered()), facts.receiver, facts.slot);
     }
 
-    // Shift turns Tab into Backtab, and Qt finds no shortcut with both, such as its own for PreviousChild.
+    // With Shift, Tab arrives as Backtab. PreviousChild asks for Shift and Backtab, which Qt never finds.
     auto* shift_tab = new QShortcut(QKeySequence("Ctrl+Shift+Tab"), this);
     connect(shift_tab, &QShortcut::activated, previousAct, &QAction::trigger);
 }
@@ -257,6 +243,7 @@ void MyMainWindow::updateWindowMenu()
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
         windowMapper->setMapping(action, static_cast<QObject*>(windows.at(i)));
+        // An entry goes with its window, even while the menu is open.
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }
@@ -419,11 +406,16 @@ void MyMainWindow::switchLayoutDirection()
 void MyMainWindow::readSettings()
 {
     const QSettings settings("Lastrove", "Tolmera");
-    const QVariant pos = settings.value("pos", first_place.topLeft());
-    const QVariant size = settings.value("size", first_place.size());
-    QRect place(pos.toPoint(), size.toSize());
-    if (!pos.canConvert<QPoint>() || !size.canConvert<QSize>() || !fits_screens(place))
-        place = first_place;
+    const QVariant pos = settings.value("pos");
+    const QSize size = settings.value("size").toSize();
+    const QRect screens = QGuiApplication::primaryScreen()->virtualGeometry();
+    QRect place = first_place;
+    if (!size.isEmpty())
+        place.setSize(size.boundedTo(2 * screens.size()));
+    if (pos.canConvert<QPoint>())
+        place.moveTo(pos.toPoint());
+    if (!screens.intersects(place))
+        place.moveTo(first_place.topLeft());
     move(place.topLeft());
     resize(place.size());
 }

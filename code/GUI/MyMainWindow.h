@@ -35,8 +35,8 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
 
-    QString ogl_version;
-    QString current_dxf_file_dir;
+    QString ogl_version;          // of the first drawing opened through the Open command; empty before
+    QString current_dxf_file_dir; // of the last drawing that was loaded; empty before
 
 private slots:
     void open_dxf();

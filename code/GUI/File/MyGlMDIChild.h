@@ -10,9 +10,8 @@
 
 #include <list>
 
-class DraftEntity;
-
-/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them.
+/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them, whose local ids
+/// count from 1024 in list order.
 class MyGlMDIChild : public QGLEditor
 {
     Q_OBJECT
