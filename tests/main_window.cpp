@@ -183,17 +183,12 @@ private slots:
                 note(window.open_dxf(choice));
             note(cursor(), window.current_dxf_file_dir,
                  QApplication::allWidgets().size() == widgets ? "no more widgets" : "more widgets");
-            if (window.active() == nullptr)
-                return;
             const MyGlMDIChild& drawing = *window.active();
             note(drawing.windowTitle(), drawing.isVisible(), drawing.drawing_limit(), drawing.drawing_scaling(),
                  drawing.drawing_source_scaling(), drawing.sizeHint(), drawing.minimumSizeHint(),
                  window.ogl_version == drawing.version_of_OpenGL());
             window.ogl_version += " as it was";
-            if (drawing.quantity_of_drawing_objects() > 0)
-                window.choose("Information");
-            for (int i = 0; drawing.get_drawing_object(i) != nullptr; ++i)
-                note("object", drawing.get_drawing_object(i)->local_id());
+            window.choose("Information");
         });
     }
 

@@ -193,12 +193,22 @@ private slots:
             },
             [&] {
                 note("repainted", is_counting ? view->repaints : 0, shown(*view, pos));
+                view->makeCurrent();
                 note_state("model", GL_MODELVIEW_MATRIX, 16);
             });
         views[1].reset();
         QCOMPARE(cursor(), QString("PointingHandCursor")); // the other view's
         views[0].reset();
         QCOMPARE(cursor(), QString("-"));
+    }
+
+    /// Runs where there is no OpenGL, too.
+    void lets_choose_a_background_that_nobody_sees()
+    {
+        View view("POINT 1.0");
+        const User user([](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->accept(); });
+        QTest::mouseDClick(&view, Qt::RightButton);
+        QCOMPARE(view.isValid(), qgetenv("QT_XCB_GL_INTEGRATION") != "none");
     }
 };
 
