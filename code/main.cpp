@@ -1,5 +1,5 @@
 // Start-up: splash screen, main window, the drawing named on the command line, event loop. Also
-// ends the program cleanly without memory or a display.
+// ends the program cleanly without memory, a display or OpenGL.
 
 #include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QCursor>
 #include <QFileInfo>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
 #include <QPixmap>
 #include <QSplashScreen>
 
@@ -39,6 +41,20 @@ void handle_message(QtMsgType type, const QMessageLogContext& context, const QSt
         ::_exit(EXIT_FAILURE);
 }
 
+/// Whether drawings can be shown; tells the user where they cannot.
+bool check_OpenGL()
+{
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    if (context.create() && context.makeCurrent(&surface))
+        return true;
+    const QString text = "Tolmera needs OpenGL, which this display does not offer.";
+    qCritical("%s", qUtf8Printable(text));
+    warn(nullptr, "Tolmera", text);
+    return false;
+}
+
 /// Whether the named file may be opened; warns where it may not.
 bool check_file(MyMainWindow& mainWin, const QString& name)
 {
@@ -63,6 +79,8 @@ int main(int argc, char** argv)
     default_handler = qInstallMessageHandler(handle_message);
 
     QApplication app(argc, argv);
+    if (!check_OpenGL())
+        return EXIT_FAILURE;
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
 
     auto mysplash = std::make_unique<QSplashScreen>(QPixmap());

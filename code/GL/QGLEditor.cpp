@@ -62,7 +62,8 @@ void set_up_lights(double limit)
 {
     // The fourth component is 0, so the lights are at infinity and only their directions count. OpenGL normalises
     // these, so the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
-    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-14), 1e16));
+    // Static, for the first view of the process sets the lights of all.
+    static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-19), 1e19));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
     const GLfloat ambient[] = {0.0F, 0.0F, 0.0F, 1.0F};
@@ -140,8 +141,9 @@ void QGLEditor::set_source_drawing_view()
     drw_scaling = drw_src_scaling;
 }
 
-QString QGLEditor::version_of_OpenGL() const
+QString QGLEditor::version_of_OpenGL()
 {
+    makeCurrent();
     const GLubyte* version = glGetString(GL_VERSION);
     const char* text = version != nullptr ? reinterpret_cast<const char*>(version) : "unknown";
     return QLatin1String("v.") + QLatin1String(text) + QLatin1String(", ");
@@ -214,7 +216,7 @@ void QGLEditor::draw()
 
 void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
-    lastPos = event->pos();
+    lastPos = event->position().toPoint();
     if (event->buttons() == event->button())
         give_back_cursors(); // of a press whose release went elsewhere
     if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
@@ -243,7 +245,7 @@ void QGLEditor::give_back_cursors()
 
 void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 {
-    const QPoint moved = event->pos() - lastPos;
+    const QPoint moved = event->position().toPoint() - lastPos;
     const double dx = static_cast<double>(moved.x()) / std::max(width(), 1);
     const double dy = static_cast<double>(moved.y()) / std::max(height(), 1);
     bool changed = true;
@@ -261,13 +263,12 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
     }
     if (changed)
         updateGL();
-    lastPos = event->pos();
+    lastPos = event->position().toPoint();
 }
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const QPoint turned =
-        event->angleDelta(); // both sides: Qt 5 sends a diagonal turn as two events, the second without any
+    const QPoint turned = event->angleDelta(); // in x while Alt is held
     const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
@@ -278,7 +279,7 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (holds(event->buttons(), Qt::LeftButton))
-        select_at(event->pos());
+        select_at(event->position().toPoint());
     else if (holds(event->buttons(), Qt::RightButton))
         choose_background();
     update();
@@ -297,8 +298,8 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const qreal pixels =
-        devicePixelRatioF(); // the viewport is in pixels of the screen, an event in pixels of the widget
+    // The viewport is in pixels of the screen, an event in pixels of the widget.
+    const qreal pixels = devicePixelRatio();
     gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());
     draw();

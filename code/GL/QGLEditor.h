@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Drawing/DRVect3d.h"
-#include "GL/QtOpenGL.h"
+#include "GL/QGLWidget.h"
 
 #include <QPoint>
 #include <QString>
@@ -81,9 +81,9 @@ public:
     /// The front orientation, unmoved, at the source scaling.
     void set_source_drawing_view();
 
-    /// "v.", the GL_VERSION string of the current context, and ", ". While no context is current, the string is
+    /// "v.", the GL_VERSION string of the view's context, and ", ". Before the view is first shown, the string is
     /// "unknown".
-    QString version_of_OpenGL() const;
+    QString version_of_OpenGL();
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -267,8 +267,6 @@ MyGlMDIChild* MyMainWindow::activeMyGlMDIChild() const
 MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
 {
     auto* child = new MyGlMDIChild(this);
-    if (!child->isValid())
-        qWarning("Tolmera: this display offers no OpenGL; drawings cannot be shown on it.");
     mdiArea->addSubWindow(child);
     return child;
 }
