@@ -81,8 +81,8 @@ public:
     /// The front orientation, unmoved, at the source scaling.
     void set_source_drawing_view();
 
-    /// "v.", the GL_VERSION string of the view's context, and ", ". Before the view is first shown, the string is
-    /// "unknown".
+    /// "v.", the GL_VERSION string of the view's context, and ", ". Before the view is first shown, the string is that
+    /// of the current context, or "unknown" without one.
     QString version_of_OpenGL();
 
 protected:

@@ -2,7 +2,7 @@
 
 #include "QGLWidget.h"
 
-/// Qt calls resizeGL in pixels of the widget, and paints although the window is painted right afterwards.
+/// Qt calls resizeGL in pixels of the widget, and paints at once although the window is about to be painted.
 void QGLWidget::resizeEvent(QResizeEvent* event)
 {
     my_is_resizing = true;
@@ -15,6 +15,8 @@ void QGLWidget::resizeEvent(QResizeEvent* event)
 
 void QGLWidget::paintEvent(QPaintEvent* event)
 {
-    if (!my_is_resizing)
+    if (my_is_resizing)
+        update();
+    else
         QOpenGLWidget::paintEvent(event);
 }

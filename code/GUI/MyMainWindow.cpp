@@ -11,6 +11,7 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QOpenGLWidget>
 #include <QScreen>
 #include <QSettings>
 #include <QShortcut>
@@ -59,6 +60,10 @@ MyMainWindow::MyMainWindow()
     windowMapper = new QSignalMapper(this);
     connect(windowMapper, &QSignalMapper::mappedObject, this,
             [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
+
+    // With a widget for OpenGL in it, hidden or not, Qt makes the window ready for OpenGL. Else it would make another
+    // window, in another place, for the first drawing.
+    (new QOpenGLWidget(this))->hide();
 
     createActions();
     createMenus();
