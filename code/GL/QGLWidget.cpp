@@ -1,6 +1,24 @@
-// Where QOpenGLWidget does otherwise than its views expect: sizes in pixels of the widget, and a paint in each resize.
+// Where QOpenGLWidget does otherwise than its views expect: when it paints, and sizes in pixels of the widget.
 
 #include "QGLWidget.h"
+
+#include <QPaintEvent>
+
+void QGLWidget::updateGL()
+{
+    if (!isVisible())
+        return;
+    QPaintEvent event(rect());
+    QOpenGLWidget::paintEvent(&event);
+    update();
+    my_is_painted = true;
+}
+
+void QGLWidget::update()
+{
+    my_is_painted = false;
+    QOpenGLWidget::update();
+}
 
 /// Qt calls resizeGL in pixels of the widget, and paints at once although the window is about to be painted.
 void QGLWidget::resizeEvent(QResizeEvent* event)
@@ -17,6 +35,7 @@ void QGLWidget::paintEvent(QPaintEvent* event)
 {
     if (my_is_resizing)
         update();
-    else
+    else if (!my_is_painted)
         QOpenGLWidget::paintEvent(event);
+    my_is_painted = false;
 }

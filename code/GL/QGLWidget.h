@@ -35,8 +35,12 @@ public:
     /// The views of one window share their contexts anyhow; `shared` is not looked at.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
-    /// Paints at once.
-    void updateGL() { repaint(); }
+    /// Paints at once, if the widget is visible. QWidget::repaint() puts it off when the last paint is less than a frame
+    /// ago.
+    void updateGL();
+
+    /// As QWidget::update(), which does not know that a paint by updateGL() is outdated.
+    void update();
 
     /// Sets the clear colour of the current context.
     void qglClearColor(const QColor& color)
@@ -50,4 +54,5 @@ protected:
 
 private:
     bool my_is_resizing = false;
+    bool my_is_painted = false; // by updateGL(), and not yet on the screen
 };
