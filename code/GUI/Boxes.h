@@ -11,6 +11,5 @@ void warn(QWidget* parent, const QString& title, const QString& text);
 void inform(QWidget* parent, const QString& title, const QString& text);
 
 /// A file name, or a window's title that may hold one, as part of a rich text. Markup stays as it is unless Qt would
-/// open a file for it, such as an image: such a name is shown as plain text. A name that the locale's encoding cannot
-/// hold is followed by a line that says so, for no file is found under it.
+/// open a file for it, such as an image: such a name is shown as plain text.
 QString rich_name(const QString& name);
