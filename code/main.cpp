@@ -1,5 +1,5 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop. Also
-// ends the program cleanly without memory, a display or OpenGL.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop. Also ends the program
+// cleanly without memory, a display or OpenGL.
 
 #include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
@@ -16,13 +16,12 @@
 #include <memory>
 #include <new>
 #include <string_view>
-
 #include <unistd.h>
 
 namespace
 {
 
-/// Leaves at once: without memory no destructor can be relied on, and no setting may be left half written.
+/// Exits at once: without memory no destructor can be relied on, and settings must not be left half written.
 [[noreturn]] void end_without_memory()
 {
     constexpr std::string_view text = "Tolmera: out of memory\n";
@@ -32,8 +31,8 @@ namespace
 
 QtMessageHandler default_handler = nullptr;
 
-/// Ends the program with an exit code after a fatal message, such as Qt's when no display can be reached. Qt would
-/// leave a core dump.
+/// Ends the program with an exit code after a fatal message, such as Qt's when no display can be reached. Qt would dump
+/// core.
 void handle_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     default_handler(type, context, message);
@@ -104,7 +103,7 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
-    // The window may have been closed while the splash screen went; then nothing else would end the loop.
+    // If the window has been closed while the splash screen went, nothing else would end the event loop.
     if (!mainWin.isVisible())
         QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();

@@ -1,11 +1,10 @@
-// The blocks that memory is cut from. A block is a row of pages, each aligned to its size, so that a piece tells its
-// page and the page its block.
+// The blocks that memory is cut from. A block is an array of pages that are aligned to their size, so rounding down the
+// address of a piece gives its page, and the page knows its block.
 
 #include "BlockMemory.h"
 
 #include <cassert>
 #include <cstdint>
-
 #include <sys/mman.h>
 
 namespace
@@ -16,15 +15,15 @@ constexpr std::size_t pages_of_block = 128;
 
 struct alignas(page_size) Page {
     Page* block;        // the first page of its block
-    std::size_t pieces; // in use, of the whole block; kept in its first page only
+    std::size_t pieces; // in use in the whole block; only valid in its first page
     unsigned char memory[page_size - sizeof(void*) - sizeof(std::size_t)];
 };
 
 Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
-/// Goes on to the next page of the block, or to a new block. Huge pages make the first writing five times as fast,
-/// but have to be asked for before it.
+/// Moves to the next page of the block, or to a new block. Huge pages make the first write five times as fast, but have
+/// to be requested before it.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {

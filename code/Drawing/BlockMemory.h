@@ -1,33 +1,33 @@
-// BlockMemory: memory for the many small objects of a drawing, without the general allocator's own cost of each.
+// BlockMemory: an arena for the many small objects of a drawing, without the general allocator's overhead for each.
 // Which objects live in it is left to their classes.
 #pragma once
 
 #include <cstddef>
 
-/// Hands out pieces of large blocks, one behind the other, aligned for pointers and doubles. Released pieces
-/// are not reused one by one: when all pieces of a block are released, the block is freed or reused. That suits the
-/// objects of a drawing, which come and go together. For one thread, and for pieces of up to some kilobytes.
+/// A bump allocator: cuts pieces off large blocks, one behind the other, aligned for pointers and doubles. A block is
+/// freed or reused when all of its pieces are released, which suits the objects of a drawing: they come and go
+/// together. For one thread, and for pieces of up to some kilobytes.
 namespace BlockMemory
 {
 
-/// Throws bad_alloc where memory ends.
+/// Throws std::bad_alloc when memory runs out.
 void* take(std::size_t size);
 
-/// Takes back what take() gave.
+/// Releases a piece from take().
 void release(void* piece) noexcept;
 
 } // namespace BlockMemory
 
-/// Gives a standard container its memory from BlockMemory.
+/// Lets a standard container use BlockMemory.
 template <typename T> struct BlockAllocator {
     using value_type = T;
 
     BlockAllocator() = default;
     template <typename Other> BlockAllocator(const BlockAllocator<Other>& /*other*/) noexcept {}
 
-    // NOLINTNEXTLINE(bugprone-sizeof-expression): a T that is a pointer is meant, too
-    T* allocate(std::size_t quantity) { return static_cast<T*>(BlockMemory::take(quantity * sizeof(T))); }
-    void deallocate(T* memory, std::size_t /*quantity*/) noexcept { BlockMemory::release(memory); }
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be a pointer
+    T* allocate(std::size_t count) { return static_cast<T*>(BlockMemory::take(count * sizeof(T))); }
+    void deallocate(T* memory, std::size_t /*count*/) noexcept { BlockMemory::release(memory); }
 
     bool operator==(const BlockAllocator& /*other*/) const { return true; }
     bool operator!=(const BlockAllocator& /*other*/) const { return false; }

@@ -1,5 +1,5 @@
 // DRVect3d: the three-dimensional vector that stands for points, corners and colours.
-// What is drawn with it, and in which units, is the business of its users.
+// Their units are left to its users.
 #pragma once
 
 #include <cmath>

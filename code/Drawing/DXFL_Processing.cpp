@@ -11,14 +11,13 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <string_view>
-#include <utility>
-
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -41,15 +40,15 @@ struct CloseFile {
 
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Opens a regular file. A FIFO or a device is opened only if it is at its end at once, as /dev/null is and a FIFO
-/// without a writer. Null for all others: reading them may never end.
+/// Opens a regular file, or a FIFO or device that is at its end at once, such as /dev/null or a FIFO without a writer.
+/// Null for all others, for reading them might never end.
 File open_file(const std::string& file_name)
 {
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
-    // Not to wait matters for regular files, too: some in /proc, such as kmsg, would block.
+    // Non-blocking for regular files, too: some in /proc, such as kmsg, would block.
     int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // a lease, which its owner is asked to give up
+    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // leased; its owner is asked to give it up
         descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
@@ -190,8 +189,8 @@ bool DXFL_Processing::get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect
     };
     std::array<Range, 3> ranges;
     for (const DraftEntity* entity : drentity_lst) {
-        const unsigned int quantity = entity->points();
-        for (unsigned int i = 0; i < quantity; ++i) {
+        const unsigned int count = entity->points();
+        for (unsigned int i = 0; i < count; ++i) {
             std::array<double, 3> point{};
             entity->get_coordinates(point[0], point[1], point[2], i);
             for (std::size_t axis = 0; axis < 3; ++axis) {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-/// One entity of a drawing: its type, its handle, its layer and a number of points that its type fixes for good.
+/// One entity of a drawing: its type, its handle, its layer and its points, whose number follows from the type.
 /// Coordinates are model coordinates in drawing units. Point indices count from 0; every indexed operation returns
 /// false and changes nothing (its out-arguments included) for an index at or beyond points().
 class DraftEntity
@@ -77,6 +77,6 @@ private:
     EntityType my_type;
     std::string my_str_id;
     std::string my_layer_str_id;
-    std::vector<DRVect3d*, BlockAllocator<DRVect3d*>> my_points; // owned, each one a piece of BlockMemory
+    std::vector<DRVect3d*, BlockAllocator<DRVect3d*>> my_points; // owned, from BlockMemory
     DRVect3d my_normal;
 };

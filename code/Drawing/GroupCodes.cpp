@@ -1,4 +1,5 @@
-// What a line denotes: nothing if it holds a character that no group code has, else what the table or the test says.
+// Looks up which group codes a line denotes. Lines with a character that no group code has, which are most, denote
+// none.
 
 #include "GroupCodes.h"
 
@@ -11,7 +12,8 @@ namespace
 constexpr std::array<const char*, 16> all_codes = {"10", "20", "30", "11", "21", "31", "12", "22",
                                                    "32", "13", "23", "33", "0",  "2",  "5",  "8"};
 
-/// Whether one of eight bytes is a letter, a sign, a point or no ASCII. Nearly every value has one, no group code does.
+/// Whether one of eight bytes is a letter, a sign, a point or not ASCII. Nearly every value has one, no group code
+/// does. All eight are tested at once, for a loop over them makes reading a file a tenth slower.
 bool has_letter_or_point(std::uint64_t characters)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
@@ -28,7 +30,9 @@ Codes GroupCodes::denoted_by(const Line& line)
         return 0;
     if (line.text.size() > sizeof line.head)
         return test(line.text);
-    // The high bits of the product depend on all characters; the factor is that of the golden ratio.
+    // The line itself is the key, as the reader has it in one word already; to pack it otherwise took 2.8 times as
+    // long. Multiplicative hashing: the high bits of the product depend on all characters. The factor is 2^64 / golden
+    // ratio.
     Tested& tested = my_tested[line.head * 0x9E3779B97F4A7C15 >> 54];
     if (tested.line != line.head)
         tested = {line.head, test(line.text)};

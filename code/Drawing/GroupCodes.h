@@ -14,21 +14,21 @@
 using Codes = std::uint32_t;
 
 inline constexpr Codes coordinate_codes = 0xFFF;
-inline constexpr Codes code_0 = 0x1000; // an entity's or a section's start, and its end
+inline constexpr Codes code_0 = 0x1000; // start or end of an entity or a section
 inline constexpr Codes code_2 = 0x2000; // a section's name
 inline constexpr Codes code_5 = 0x4000; // an entity's handle
 inline constexpr Codes code_8 = 0x8000; // an entity's layer name
 
-/// The only characters of a line that denotes a group code.
+/// A line that denotes a group code has no other characters.
 inline constexpr std::string_view code_characters = "012358 \r\n\t";
 
-/// Tells which group codes a line denotes, by a test that it is given. Lines of up to eight characters, which nearly
-/// all group codes are, are looked up in a table of what has been tested.
+/// Finds the group codes that a line denotes, by the test that it is given. Remembers the results for lines of up to
+/// eight characters, which nearly all group codes are.
 class GroupCodes
 {
 public:
-    /// Whether the line `presence_str` denotes the group code `model_str`. It has to be false unless the line contains
-    /// the code and holds only code characters.
+    /// Whether the line `presence_str` denotes the group code `model_str`. Must be false unless the line contains the
+    /// code and consists of code characters.
     using Test = bool (*)(std::string presence_str, std::string model_str);
 
     explicit GroupCodes(Test denotes) : my_denotes(denotes) {}

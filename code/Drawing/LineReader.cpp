@@ -1,9 +1,8 @@
-// The block that lines are cut from: refilled when it holds no complete line, doubled when it is one line's start.
+// The block that lines are cut from. It is refilled when it holds no complete line, and doubled when one line fills it.
 
 #include "LineReader.h"
 
 #include <cstring>
-
 #include <endian.h>
 
 namespace
@@ -19,7 +18,7 @@ std::uint64_t word_at(const char* text)
     return le64toh(word);
 }
 
-/// The lowest bit that is set lies in the first LF of `word`; higher bits mean nothing. 0 without an LF.
+/// The lowest set bit lies in the first LF of `word`; higher bits mean nothing. 0 if there is no LF.
 std::uint64_t line_feeds(std::uint64_t word)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
@@ -29,7 +28,7 @@ std::uint64_t line_feeds(std::uint64_t word)
 
 } // namespace
 
-/// Words are read up to the last byte, so the block has a spare word at its end.
+/// Lines are scanned in words, so the block has a spare word at its end.
 LineReader::LineReader(std::FILE* file) : my_file(file), my_block(first_block_size + word_size) {}
 
 bool LineReader::next(Line& line)
@@ -51,7 +50,7 @@ bool LineReader::next(Line& line)
     return false;
 }
 
-/// Moves the unfinished line to the front of the block and fills up what is behind it.
+/// Moves the unfinished line to the front of the block and fills the rest.
 bool LineReader::read_more()
 {
     const std::size_t unfinished = my_end - my_begin;
@@ -62,6 +61,6 @@ bool LineReader::read_more()
     const std::size_t room = my_block.size() - word_size - unfinished;
     const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file);
     my_end = unfinished + count;
-    std::memset(my_block.data() + my_end, 0, word_size); // no LF of an earlier line
+    std::memset(my_block.data() + my_end, 0, word_size); // else an LF of an earlier line may be found
     return count > 0;
 }

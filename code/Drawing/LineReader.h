@@ -1,4 +1,4 @@
-// LineReader: the complete lines of an open file, one after the other, without a copy of each.
+// LineReader: the complete lines of an open file, one after the other, without copying them.
 // What a line means is left to GroupCodes and DXFL_Processing.
 #pragma once
 
@@ -11,19 +11,19 @@
 /// Every character of a line up to and including its LF.
 struct Line {
     std::string_view text;
-    std::uint64_t head = 0; // its first eight bytes, the first one lowest; zeros follow the LF of a shorter line
+    std::uint64_t head = 0; // its first eight bytes, the first one lowest; 0 behind the LF of a shorter line
 };
 
-/// Reads a file in blocks and hands out its lines; the rest of a file behind its last LF is no line. Lines may be as
-/// long as memory allows and hold any bytes.
+/// Reads a file in blocks and returns its lines. What follows the last LF is not a line. Lines may hold any bytes and
+/// be as long as memory allows.
 class LineReader
 {
 public:
-    /// `file` is open for reading, and stays its caller's.
+    /// `file` is open for reading and stays the caller's.
     explicit LineReader(std::FILE* file);
 
-    /// True with the next line, which is valid until the next call; false at the end of the file or at an error of
-    /// reading it, with `line` as it was.
+    /// Sets `line` to the next line, which is valid until the next call. Returns false at the end of the file or on a
+    /// read error, and leaves `line` as it was.
     bool next(Line& line);
 
 private:

@@ -14,20 +14,20 @@
 namespace
 {
 
-// Up to fifteen digits, and the powers of ten beside them, are doubles without an error, so that their quotient is the
-// double nearest to the number.
-static_assert(FLT_EVAL_METHOD == 0, "a quotient of doubles has to be rounded once");
+// Integers of up to fifteen digits and these powers of ten are exact as doubles, so their quotient is the double
+// nearest to the number.
+static_assert(FLT_EVAL_METHOD == 0, "a quotient of doubles has to be rounded only once");
 constexpr std::ptrdiff_t most_digits = 15;
-constexpr double powers[most_digits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr double powers_of_ten[most_digits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 bool ends_number(char c)
 {
     return c == '\n' || c == '\r' || c == ' ';
 }
 
-/// Appends the digits at `at` to those of `number`, and returns what stands behind them. From nineteen
-/// digits on it may overflow; the caller uses it up to fifteen.
+/// Appends the digits at `at` to `number` and returns the position behind them. `number` overflows after nineteen
+/// digits; it is only used up to fifteen.
 const char* read_digits(const char* at, std::uint64_t& number)
 {
     for (;; ++at) {
@@ -38,7 +38,7 @@ const char* read_digits(const char* at, std::uint64_t& number)
     }
 }
 
-/// from_chars rounds correctly; anything that it does not read whole goes to the C library, in the C locale.
+/// from_chars rounds correctly. What it does not read to the end goes to the C library, in the C locale.
 double long_number(const char* begin, std::string_view text)
 {
     static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
@@ -61,16 +61,16 @@ double to_number(std::string_view text)
     const char* const digits = begin + (negative ? 1 : 0);
     std::uint64_t number = 0;
     const char* at = read_digits(digits, number);
-    std::ptrdiff_t quantity = at - digits;
+    std::ptrdiff_t count = at - digits;
     std::ptrdiff_t decimals = 0;
     if (*at == '.') {
         const char* const point = at;
         at = read_digits(point + 1, number);
         decimals = at - point - 1;
-        quantity += decimals;
+        count += decimals;
     }
-    if (quantity == 0 || quantity > most_digits || !ends_number(*at))
+    if (count == 0 || count > most_digits || !ends_number(*at))
         return long_number(begin, text);
-    const double value = static_cast<double>(number) / powers[decimals];
+    const double value = static_cast<double>(number) / powers_of_ten[decimals];
     return negative ? -value : value;
 }

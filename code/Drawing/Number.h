@@ -1,4 +1,4 @@
-// The number at the start of a line, read as the C library's atof does in the C locale, whatever the process's is.
+// The number at the start of a line, read as the C library's atof reads it in the C locale.
 #pragma once
 
 #include <string_view>

@@ -1,4 +1,4 @@
-// OwnedEntities: the entities of a drawing that no drawing window owns.
+// OwnedEntities: the entities of a drawing without a drawing window.
 // Filling the list is left to DXFL_Processing.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 #include <list>
 
-/// An entity list that deletes its entities when it goes.
+/// An entity list that deletes its entities when it is destroyed.
 struct OwnedEntities {
     OwnedEntities() = default;
     ~OwnedEntities()

@@ -24,8 +24,8 @@ void send_vertex(const DraftEntity& entity, unsigned int index)
 
 void send_vertices(const DraftEntity& entity)
 {
-    const unsigned int quantity = entity.points();
-    for (unsigned int i = 0; i < quantity; ++i)
+    const unsigned int count = entity.points();
+    for (unsigned int i = 0; i < count; ++i)
         send_vertex(entity, i);
 }
 
@@ -82,7 +82,7 @@ void GLObject::draw()
 void GLObject::draw_face()
 {
     const DraftEntity& face = *my_drentity;
-    const unsigned int quantity = face.points();
+    const unsigned int count = face.points();
     switch (my_rendering) {
     case POINT:
         begin_points(my_thickness, current_color());
@@ -91,20 +91,20 @@ void GLObject::draw_face()
         break;
     case WIREFRAME:
         begin_lines(my_thickness, current_color());
-        for (unsigned int i = 0; i < quantity; ++i) {
+        for (unsigned int i = 0; i < count; ++i) {
             send_vertex(face, i);
-            send_vertex(face, i + 1 < quantity ? i + 1 : 0);
+            send_vertex(face, i + 1 < count ? i + 1 : 0);
         }
         glEnd();
         break;
     case SOLID: {
-        if (quantity < 3)
+        if (count < 3)
             break;
         glEnable(GL_LIGHTING);
         const DRVect3d& color = current_color();
         const GLfloat diffuse[] = {static_cast<GLfloat>(color.x()), static_cast<GLfloat>(color.y()),
                                    static_cast<GLfloat>(color.z()), 1.0F};
-        glBegin(quantity == 3 ? GL_TRIANGLES : quantity == 4 ? GL_QUADS : GL_POLYGON);
+        glBegin(count == 3 ? GL_TRIANGLES : count == 4 ? GL_QUADS : GL_POLYGON);
         glMaterialfv(GL_FRONT, GL_DIFFUSE, diffuse);
         const DRVect3d normal = face.get_normal();
         glNormal3d(normal.x(), normal.y(), normal.z());

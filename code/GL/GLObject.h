@@ -1,5 +1,5 @@
 // GLObject: one drawing entity in the form that OpenGL draws and picks.
-// Which objects there are, and when they are drawn, is left to QGLEditor.
+// Which objects there are and when they are drawn is left to QGLEditor.
 #pragma once
 
 #include "Drawing/BlockMemory.h"
@@ -26,7 +26,7 @@ public:
     static void* operator new(std::size_t size) { return BlockMemory::take(size); }
     static void operator delete(void* object) { BlockMemory::release(object); }
 
-    /// The object's id within its view, and its selection name in OpenGL, which takes the low 32 bits of it.
+    /// The object's id within its view. Its low 32 bits are the object's selection name in OpenGL.
     unsigned long local_id() const { return my_local_id; }
     unsigned long local_id(unsigned long some_val) { return my_local_id = some_val; }
 
@@ -43,9 +43,9 @@ public:
     double thickness() const { return my_thickness; }
     double thickness(double some_val) { return my_thickness = some_val; }
 
-    /// Sends the object to the current context, outside of a glBegin and glEnd pair, under its local id as selection
-    /// name. Lighting is left on after a solid face and off after everything else. A type or a rendering outside the
-    /// enumerations draws nothing.
+    /// Sends the object to the current context, with its local id as selection name. Must not be called between glBegin
+    /// and glEnd. Leaves lighting on after a solid face and off after everything else. A type or a rendering outside
+    /// the enumerations draws nothing.
     void draw();
 
 private:

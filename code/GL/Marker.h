@@ -1,4 +1,4 @@
-// Marker: a word of mark bits for whatever can be marked, as a GLObject can be selected.
+// Marker: a word of mark bits, as a GLObject has for being selected.
 #pragma once
 
 /// The marks, used as a bit mask.

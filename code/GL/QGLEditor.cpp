@@ -1,14 +1,14 @@
-// The view's OpenGL state, its projection and drawing pass, its orientations, and the mouse on it.
+// The view's OpenGL state, projection and drawing pass, its orientations and its mouse.
 
 #include "QGLEditor.h"
 
 #include "GLObject.h"
 
 #include <GL/glu.h>
-
 #include <QApplication>
 #include <QColorDialog>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -35,16 +35,16 @@ constexpr std::array<Angles, 6> orientation_angles{{
 
 constexpr unsigned int bufMaxSize = 512;
 
-/// A hit record of a name stack of depth one, as OpenGL's selection mode writes it: the number of names, the smallest
-/// and the largest depth, the name.
+/// The size of a hit record for a name stack of depth one: the number of names, the minimal and the maximal depth, the
+/// name.
 constexpr unsigned int entries_per_hit = 4;
 
-/// The name of the hit whose nearer depth is smallest; of equal ones, the earliest.
-GLuint front_name(const GLuint* buffer, unsigned long quantity)
+/// The name in the hit record with the smallest depth, minimal or maximal; the earliest of equal ones.
+GLuint front_name(const GLuint* buffer, unsigned long count)
 {
     const auto depth = [](const GLuint* hit) { return std::min(hit[1], hit[2]); };
     const GLuint* front = buffer;
-    for (unsigned long i = 1; i < quantity; ++i) {
+    for (unsigned long i = 1; i < count; ++i) {
         const GLuint* hit = buffer + entries_per_hit * i;
         if (depth(hit) < depth(front))
             front = hit;
@@ -57,12 +57,11 @@ bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
     return (buttons & wanted) == wanted;
 }
 
-/// Two opposite lights on the z axis of eye space, one behind the viewer and one before.
+/// Two opposite directional lights on the z axis of eye space, so that a face is lit alike from both sides.
 void set_up_lights(double limit)
 {
-    // The fourth component is 0, so the lights are at infinity and only their directions count. OpenGL normalises
-    // these, so the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
-    // Static, for the first view of the process sets the lights of all.
+    // The positions are those of the first view in the process and serve all later ones. OpenGL normalises them, so
+    // the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
     static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-19), 1e19));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
@@ -154,7 +153,7 @@ void QGLEditor::initializeGL()
     qglClearColor(Qt::darkGray);
     glDisable(GL_CULL_FACE);
     set_up_lights(drw_limit);
-    glFrontFace(GL_CW);
+    glFrontFace(GL_CW); // the smaller z is in front, so a face whose normal points to the eye runs clockwise
     for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
         glEnable(capability);
     glDepthFunc(GL_LESS);
@@ -183,6 +182,7 @@ void QGLEditor::perspective_transformation(int cur_wwidth, int cur_wheight)
     double right = 1.0;
     double bottom = -1.0;
     double top = 1.0;
+    // Near is +limit and far -limit, so that GL_LESS keeps the surface with the smaller z.
     const double hither = drw_limit;
     const double yon = -drw_limit;
     if (aspect < 1) {
@@ -218,7 +218,7 @@ void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
     lastPos = event->position().toPoint();
     if (event->buttons() == event->button())
-        give_back_cursors(); // of a press whose release went elsewhere
+        give_back_cursors(); // of a press whose release went to another window
     if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
         push_cursor(Qt::SizeAllCursor);
     else if ((event->buttons() & (Qt::LeftButton | Qt::RightButton)) != 0)
@@ -273,16 +273,23 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // Qt delivers it ignored, and would pass it on to the parents
+    event->accept(); // wheel events arrive ignored; Qt would pass it on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    if (holds(event->buttons(), Qt::LeftButton))
+    const QPointer<QGLEditor> view = this; // null if it is deleted while the dialog is open
+    if (holds(event->buttons(), Qt::LeftButton)) {
         select_at(event->position().toPoint());
-    else if (holds(event->buttons(), Qt::RightButton))
-        choose_background();
-    update();
+    } else if (holds(event->buttons(), Qt::RightButton)) {
+        const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
+        if (view != nullptr && newBgColor.isValid()) {
+            makeCurrent();
+            qglClearColor(newBgColor);
+        }
+    }
+    if (view != nullptr)
+        update();
 }
 
 unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer)
@@ -328,13 +335,4 @@ void QGLEditor::select_at(const QPoint& pos)
     GLObject* hit = first != nullptr ? get_drawing_object(my_last_selected_entity_id - first->local_id()) : nullptr;
     if (hit != nullptr && hit->local_id() == my_last_selected_entity_id)
         hit->set_mark(selected);
-}
-
-void QGLEditor::choose_background()
-{
-    const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
-    if (!newBgColor.isValid() || !isValid()) // without OpenGL there is no background
-        return;
-    makeCurrent();
-    qglClearColor(newBgColor);
 }

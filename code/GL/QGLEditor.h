@@ -12,9 +12,9 @@
 
 class GLObject;
 
-/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are scaled uniformly,
-/// turned about the model's origin and moved in eye units, of which the shorter side of the widget spans two, from -1
-/// to 1. No public operation repaints: the caller calls update().
+/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are turned about the
+/// model's origin, scaled uniformly and moved in eye units; the shorter side of the widget spans -1 to 1 in these. No
+/// public operation repaints: the caller calls update().
 class QGLEditor : public QGLWidget
 {
     Q_OBJECT
@@ -28,15 +28,15 @@ public:
     QGLEditor(const QGLEditor&) = delete;
     QGLEditor& operator=(const QGLEditor&) = delete;
 
-    /// The corners of the drawing, in model coordinates; kept for whoever asks, drawing does not use them.
+    /// The corners of the drawing, in model coordinates. Drawing does not use them.
     DRVect3d drawing_min_point() const { return drw_min_point; }
     DRVect3d drawing_min_point(DRVect3d some_vect) { return drw_min_point = some_vect; }
     DRVect3d drawing_max_point() const { return drw_max_point; }
     DRVect3d drawing_max_point(DRVect3d some_vect) { return drw_max_point = some_vect; }
 
-    /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. Set before the
-    /// first show; a later change takes effect at the next resize or pick. OpenGL refuses a limit of 0: the view
-    /// then shows the eye units from -1 to 1 in both directions, whatever its shape.
+    /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. To be set before
+    /// the first show; a later change takes effect at the next resize or pick. OpenGL rejects a limit of 0: the view
+    /// then spans -1 to 1 in both directions, whatever its shape.
     double drawing_limit() const { return drw_limit; }
     double drawing_limit(double some_val) { return drw_limit = some_val; }
 
@@ -96,19 +96,18 @@ protected:
     void resizeGL(int wwidth, int wheight) override;
     void paintGL() override;
 
-    /// Multiplies the current matrix by the orthographic projection for a widget of this size in pixels. A side of
-    /// length 0 counts as one pixel.
+    /// Multiplies the current matrix by the orthographic projection for a widget of this size. A side of length 0
+    /// counts as one pixel.
     void perspective_transformation(int cur_wwidth, int cur_wheight);
 
-    /// Draws the view in selection mode around a widget position, 3 x 3 widget pixels wide, and returns the number of
-    /// hit records in `buffer`, which holds `MaxSize` entries. When these do not suffice, `buffer` is full and the
-    /// result is larger than any number of hits.
+    /// Draws the 3 x 3 widget pixels around a widget position in selection mode and returns the number of hit records
+    /// in `buffer`, which has room for `MaxSize` entries. If it overflows, it is full and the result is larger than any
+    /// number of hits.
     unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
 
 private:
     void draw();
     void select_at(const QPoint& pos);
-    void choose_background();
     void push_cursor(Qt::CursorShape shape);
     void give_back_cursors();
 

@@ -35,8 +35,8 @@ public:
     /// The views of one window share their contexts anyhow; `shared` is not looked at.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
-    /// Paints at once, if the widget is visible. QWidget::repaint() puts it off when the last paint is less than a frame
-    /// ago.
+    /// Paints at once, if the widget is visible. QWidget::repaint() puts it off when the last paint is less than a
+    /// frame ago.
     void updateGL();
 
     /// As QWidget::update(), which does not know that a paint by updateGL() is outdated.

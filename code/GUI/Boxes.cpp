@@ -3,16 +3,30 @@
 #include "Boxes.h"
 
 #include <QMessageBox>
+#include <QPointer>
 #include <QRegularExpression>
+
+namespace
+{
+
+/// As QMessageBox::warning() and the like, whose box lies on the stack, where a parent must not delete it.
+void show_box(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text)
+{
+    const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, QMessageBox::Ok, parent);
+    box->exec();
+    delete box;
+}
+
+} // namespace
 
 void warn(QWidget* parent, const QString& title, const QString& text)
 {
-    QMessageBox::warning(parent, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+    show_box(QMessageBox::Warning, parent, title, text);
 }
 
 void inform(QWidget* parent, const QString& title, const QString& text)
 {
-    QMessageBox::information(parent, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+    show_box(QMessageBox::Information, parent, title, text);
 }
 
 QString rich_name(const QString& name)

@@ -1,12 +1,13 @@
 // The modal boxes of all windows, and file names in their rich texts.
-// What a box says is left to the window that shows it.
+// What a box says is left to its window.
 #pragma once
 
 #include <QString>
 
 class QWidget;
 
-/// Show a modal box over `parent` with the only button Ok, and return when it is closed. `text` is rich text.
+/// Show a modal box over `parent` with the single button Ok and return when it is closed. `text` is rich text. The
+/// parent may be deleted meanwhile, if the window is closed by program.
 void warn(QWidget* parent, const QString& title, const QString& text);
 void inform(QWidget* parent, const QString& title, const QString& text);
 

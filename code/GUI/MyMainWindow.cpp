@@ -1,7 +1,9 @@
-// The main window's commands: their actions, menus and toolbars, what each one does to the drawing windows, and the
-// information boxes.
+// The main window's commands: actions, menus and toolbars, what each command does, and the information boxes.
 
 #include "MyMainWindow.h"
+
+#include "GUI/Boxes.h"
+#include "GUI/File/MyGlMDIChild.h"
 
 #include <QAction>
 #include <QApplication>
@@ -12,6 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QOpenGLWidget>
+#include <QPointer>
 #include <QScreen>
 #include <QSettings>
 #include <QShortcut>
@@ -19,13 +22,10 @@
 #include <QStatusBar>
 #include <QToolBar>
 
-#include "Boxes.h"
-#include "File/MyGlMDIChild.h"
-
 namespace
 {
 
-/// Where the window stands until it has been moved.
+/// Position and size of the window when none are stored.
 constexpr QRect first_place(200, 200, 400, 400);
 
 constexpr const char* home_page = "https://tolmera.example";
@@ -61,8 +61,8 @@ MyMainWindow::MyMainWindow()
     connect(windowMapper, &QSignalMapper::mappedObject, this,
             [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
 
-    // With a widget for OpenGL in it, hidden or not, Qt makes the window ready for OpenGL. Else it would make another
-    // window, in another place, for the first drawing.
+    // With an OpenGL widget in it, even a hidden one, Qt makes the window ready for OpenGL. Else it would replace the
+    // window, at another place on Wayland, when the first drawing is shown.
     (new QOpenGLWidget(this))->hide();
 
     createActions();
@@ -92,53 +92,33 @@ void MyMainWindow::createActions()
     };
     const QKeySequence::StandardKey none = QKeySequence::UnknownKey;
     using Main = MyMainWindow;
+    // clang-format off
     const ActionFacts actions[] = {
-        {&Main::openDxfAct, "import", QT_TR_NOOP("&Open DXF-file..."), QKeySequence::Open,
-         QT_TR_NOOP("Open an existing DXF-file"), this, SLOT(open_dxf())},
-        {&Main::exitAct, "close", QT_TR_NOOP("E&xit"), QKeySequence::Quit, QT_TR_NOOP("Exit the application"), qApp,
-         SLOT(closeAllWindows())},
-        {&Main::VFrontAct, "front", QT_TR_NOOP("&Front"), none, QT_TR_NOOP("Set the Front view of actual drawing"),
-         this, SLOT(setFrontView())},
-        {&Main::VBackAct, "back", QT_TR_NOOP("&Back"), none, QT_TR_NOOP("Set the Back view of actual drawing"), this,
-         SLOT(setBackView())},
-        {&Main::VLeftAct, "left", QT_TR_NOOP("&Left"), none, QT_TR_NOOP("Set the Left view of actual drawing"), this,
-         SLOT(setLeftView())},
-        {&Main::VRightAct, "right", QT_TR_NOOP("&Right"), none, QT_TR_NOOP("Set the Right view of actual drawing"),
-         this, SLOT(setRightView())},
-        {&Main::VTopAct, "top", QT_TR_NOOP("&Top"), none, QT_TR_NOOP("Set the Top view of actual drawing"), this,
-         SLOT(setTopView())},
-        {&Main::VBottomAct, "bottom", QT_TR_NOOP("&Bottom"), none, QT_TR_NOOP("Set the Bottom view of actual drawing"),
-         this, SLOT(setBottomView())},
-        {&Main::VPointAct, "point", QT_TR_NOOP("&Point rendering"), none,
-         QT_TR_NOOP("Set the Point rendering of actual drawing"), this, SLOT(setPointView())},
-        {&Main::VWireframeAct, "wireframe", QT_TR_NOOP("&Wireframe rendering"), none,
-         QT_TR_NOOP("Set the Wireframe rendering of actual drawing"), this, SLOT(setWireframeView())},
-        {&Main::VSolidAct, "solid", QT_TR_NOOP("&Solid rendering"), none,
-         QT_TR_NOOP("Set the Solid rendering of actual drawing"), this, SLOT(setSolidView())},
-        {&Main::VSrcAct, "srcview", QT_TR_NOOP("S&ource view"), none, QT_TR_NOOP("Set the Source view of drawing"),
-         this, SLOT(setSrcView())},
-        {&Main::closeAct, nullptr, QT_TR_NOOP("Cl&ose"), none, QT_TR_NOOP("Close the active window"), mdiArea,
-         SLOT(closeActiveSubWindow())},
-        {&Main::closeAllAct, nullptr, QT_TR_NOOP("Close &All"), none, QT_TR_NOOP("Close all the windows"), mdiArea,
-         SLOT(closeAllSubWindows())},
-        {&Main::tileAct, nullptr, QT_TR_NOOP("&Tile"), none, QT_TR_NOOP("Tile the windows"), mdiArea,
-         SLOT(tileSubWindows())},
-        {&Main::cascadeAct, nullptr, QT_TR_NOOP("&Cascade"), none, QT_TR_NOOP("Cascade the windows"), mdiArea,
-         SLOT(cascadeSubWindows())},
-        {&Main::nextAct, nullptr, QT_TR_NOOP("Ne&xt"), QKeySequence::NextChild,
-         QT_TR_NOOP("Move the focus to the next window"), mdiArea, SLOT(activateNextSubWindow())},
-        {&Main::previousAct, nullptr, QT_TR_NOOP("Pre&vious"), QKeySequence::PreviousChild,
-         QT_TR_NOOP("Move the focus to the previous window"), mdiArea, SLOT(activatePreviousSubWindow())},
-        {&Main::separatorAct, nullptr, nullptr, none, nullptr, nullptr, nullptr},
-        {&Main::aboutAct, "home", QT_TR_NOOP("&About..."), none, QT_TR_NOOP("Show the application's About box"), this,
-         SLOT(about())},
-        {&Main::referencesAct, "equipment", QT_TR_NOOP("&References..."), none,
-         QT_TR_NOOP("Show the references' About box"), this, SLOT(ireferences())},
-        {&Main::aboutdxfAct, "details", QT_TR_NOOP("&About DXF..."), none, QT_TR_NOOP("Show the DXF's About box"), this,
-         SLOT(about_dxf())},
-        {&Main::aboutDrwAct, "info", QT_TR_NOOP("&Information..."), none, QT_TR_NOOP("Show the drawing's About box"),
-         this, SLOT(aboutdrw())},
+        {&Main::openDxfAct,    "import",    QT_TR_NOOP("&Open DXF-file..."),    QKeySequence::Open,          QT_TR_NOOP("Open an existing DXF-file"),                     this,    SLOT(open_dxf())},
+        {&Main::exitAct,       "close",     QT_TR_NOOP("E&xit"),                QKeySequence::Quit,          QT_TR_NOOP("Exit the application"),                          qApp,    SLOT(closeAllWindows())},
+        {&Main::VFrontAct,     "front",     QT_TR_NOOP("&Front"),               none,                        QT_TR_NOOP("Set the Front view of actual drawing"),          this,    SLOT(setFrontView())},
+        {&Main::VBackAct,      "back",      QT_TR_NOOP("&Back"),                none,                        QT_TR_NOOP("Set the Back view of actual drawing"),           this,    SLOT(setBackView())},
+        {&Main::VLeftAct,      "left",      QT_TR_NOOP("&Left"),                none,                        QT_TR_NOOP("Set the Left view of actual drawing"),           this,    SLOT(setLeftView())},
+        {&Main::VRightAct,     "right",     QT_TR_NOOP("&Right"),               none,                        QT_TR_NOOP("Set the Right view of actual drawing"),          this,    SLOT(setRightView())},
+        {&Main::VTopAct,       "top",       QT_TR_NOOP("&Top"),                 none,                        QT_TR_NOOP("Set the Top view of actual drawing"),            this,    SLOT(setTopView())},
+        {&Main::VBottomAct,    "bottom",    QT_TR_NOOP("&Bottom"),              none,                        QT_TR_NOOP("Set the Bottom view of actual drawing"),         this,    SLOT(setBottomView())},
+        {&Main::VPointAct,     "point",     QT_TR_NOOP("&Point rendering"),     none,                        QT_TR_NOOP("Set the Point rendering of actual drawing"),     this,    SLOT(setPointView())},
+        {&Main::VWireframeAct, "wireframe", QT_TR_NOOP("&Wireframe rendering"), none,                        QT_TR_NOOP("Set the Wireframe rendering of actual drawing"), this,    SLOT(setWireframeView())},
+        {&Main::VSolidAct,     "solid",     QT_TR_NOOP("&Solid rendering"),     none,                        QT_TR_NOOP("Set the Solid rendering of actual drawing"),     this,    SLOT(setSolidView())},
+        {&Main::VSrcAct,       "srcview",   QT_TR_NOOP("S&ource view"),         none,                        QT_TR_NOOP("Set the Source view of drawing"),                this,    SLOT(setSrcView())},
+        {&Main::closeAct,      nullptr,     QT_TR_NOOP("Cl&ose"),               none,                        QT_TR_NOOP("Close the active window"),                       mdiArea, SLOT(closeActiveSubWindow())},
+        {&Main::closeAllAct,   nullptr,     QT_TR_NOOP("Close &All"),           none,                        QT_TR_NOOP("Close all the windows"),                         mdiArea, SLOT(closeAllSubWindows())},
+        {&Main::tileAct,       nullptr,     QT_TR_NOOP("&Tile"),                none,                        QT_TR_NOOP("Tile the windows"),                              mdiArea, SLOT(tileSubWindows())},
+        {&Main::cascadeAct,    nullptr,     QT_TR_NOOP("&Cascade"),             none,                        QT_TR_NOOP("Cascade the windows"),                           mdiArea, SLOT(cascadeSubWindows())},
+        {&Main::nextAct,       nullptr,     QT_TR_NOOP("Ne&xt"),                QKeySequence::NextChild,     QT_TR_NOOP("Move the focus to the next window"),             mdiArea, SLOT(activateNextSubWindow())},
+        {&Main::previousAct,   nullptr,     QT_TR_NOOP("Pre&vious"),            QKeySequence::PreviousChild, QT_TR_NOOP("Move the focus to the previous window"),         mdiArea, SLOT(activatePreviousSubWindow())},
+        {&Main::separatorAct,  nullptr,     nullptr,                            none,                        nullptr,                                                     nullptr, nullptr},
+        {&Main::aboutAct,      "home",      QT_TR_NOOP("&About..."),            none,                        QT_TR_NOOP("Show the application's About box"),              this,    SLOT(about())},
+        {&Main::referencesAct, "equipment", QT_TR_NOOP("&References..."),       none,                        QT_TR_NOOP("Show the references' About box"),                this,    SLOT(ireferences())},
+        {&Main::aboutdxfAct,   "details",   QT_TR_NOOP("&About DXF..."),        none,                        QT_TR_NOOP("Show the DXF's About box"),                      this,    SLOT(about_dxf())},
+        {&Main::aboutDrwAct,   "info",      QT_TR_NOOP("&Information..."),      none,                        QT_TR_NOOP("Show the drawing's About box"),                  this,    SLOT(aboutdrw())},
     };
+    // clang-format on
 
     for (const ActionFacts& facts : actions) {
         auto* action = new QAction(this);
@@ -276,8 +256,8 @@ MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
     return child;
 }
 
-/// Closes a drawing window that was never shown, and deletes it with the frame that the area made for it. The area
-/// lets go of the frame first: it activates another drawing when one of its frames is deleted.
+/// Closes a drawing window that was never shown, and deletes it with its frame. The frame leaves the area first, for
+/// the area activates another drawing when it loses a frame by deletion.
 void MyMainWindow::discard(MyGlMDIChild* child)
 {
     child->close();
@@ -295,8 +275,13 @@ void MyMainWindow::open_dxf()
 
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
     statusBar()->showMessage(tr("Loading DXF file..."));
-    MyGlMDIChild* child = createMyGlMDIChild();
-    if (child->loadFile(fileName)) {
+    const QPointer<MyGlMDIChild> child = createMyGlMDIChild(); // null if it is deleted while a warning is open
+    const bool is_loaded = child->loadFile(fileName);
+    if (child == nullptr) {
+        QApplication::restoreOverrideCursor();
+        return;
+    }
+    if (is_loaded) {
         statusBar()->showMessage(tr("File loaded"), 2000);
         child->show();
         if (ogl_version.isEmpty())
@@ -316,12 +301,12 @@ bool MyMainWindow::open_dxf(QString fileName)
     if (fileName.isEmpty())
         return false;
 
-    MyGlMDIChild* child = createMyGlMDIChild();
-    const bool ret_val = child->loadFile(fileName);
+    const QPointer<MyGlMDIChild> child = createMyGlMDIChild(); // null if it is deleted while a warning is open
+    const bool ret_val = child->loadFile(fileName) && child != nullptr;
     if (ret_val) {
         child->show();
         current_dxf_file_dir = child->tell_file_path();
-    } else {
+    } else if (child != nullptr) {
         discard(child);
         warn(this, windowTitle() + " : Warning ",
              "<br />Error reading of file:<br />&#8220;" + rich_name(fileName) + "&#8221;<br /><hr />");

@@ -1,12 +1,12 @@
-// The road of one file: read, told about, scaled to the view, made into objects.
+// Loads one file: reads it, reports errors, sets the scale, makes the objects.
 
 #include "MyGlMDIChild.h"
 
-#include <QApplication>
-#include <QFileInfo>
-
 #include "GL/GLObject.h"
 #include "GUI/Boxes.h"
+
+#include <QApplication>
+#include <QFileInfo>
 
 namespace
 {

@@ -25,9 +25,9 @@ public:
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override;
 
-    /// Loads a DXF file, once and before the window is shown. Warns and returns false for a file that cannot be read,
-    /// which changes nothing; warns and returns true for one without a known entity, which leaves the view empty.
-    /// Takes back the caller's wait cursor before a warning.
+    /// Loads a DXF file, once and before the window is shown. For a file that cannot be read it warns, changes nothing
+    /// and returns false; for one without a known entity it warns, leaves the view empty and returns true. Takes back
+    /// the caller's wait cursor before a warning, during which the window may be closed and deleted.
     bool loadFile(const QString& fileName);
 
     /// The file's name without its directory, its directory without symbolic links, and its size in bytes; empty and
