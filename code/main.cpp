@@ -40,21 +40,24 @@ void handle_message(QtMsgType type, const QMessageLogContext& context, const QSt
         ::_exit(EXIT_FAILURE);
 }
 
-/// Whether drawings can be shown; tells the user where they cannot.
+/// Whether there is OpenGL; tells the user if not.
 bool check_OpenGL()
 {
-    QOffscreenSurface surface;
-    surface.create();
     QOpenGLContext context;
-    if (context.create() && context.makeCurrent(&surface))
-        return true;
-    const QString text = "Tolmera needs OpenGL, which this display does not offer.";
-    qCritical("%s", qUtf8Printable(text));
+    QOffscreenSurface surface;
+    if (context.create()) {
+        surface.setFormat(context.format());
+        surface.create();
+        if (context.makeCurrent(&surface))
+            return true;
+    }
+    const char* const text = "Tolmera needs OpenGL, which this display does not offer.";
+    qCritical("%s", text);
     warn(nullptr, "Tolmera", text);
     return false;
 }
 
-/// Whether the named file may be opened; warns where it may not.
+/// Whether the named file may be opened; warns if not.
 bool check_file(MyMainWindow& mainWin, const QString& name)
 {
     const QString title = mainWin.windowTitle() + " : Warning ";

@@ -22,8 +22,8 @@ struct alignas(page_size) Page {
 Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
-/// Moves to the next page of the block, or to a new block. Huge pages make the first write five times as fast, but have
-/// to be requested before it.
+/// Moves to the next page of the block, or to a new block. Huge pages make first writes five times as fast; they have
+/// to be requested before.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {

@@ -63,8 +63,8 @@ public:
 
     double length() const { return std::sqrt(my_x * my_x + my_y * my_y + my_z * my_z); }
 
-    /// The unit vector in the direction of `some_vect`; (0, 0, 0) where its length is 0 or not a number.
-    /// The vector that it is called on takes no part.
+    /// The unit vector in the direction of `some_vect`; (0, 0, 0) if its length is 0 or not a number.
+    /// Ignores the vector that it is called on.
     DRVect3d normalize(DRVect3d some_vect) const
     {
         const double len = some_vect.length();
@@ -74,8 +74,8 @@ public:
     }
 
     /// The unit normal of the plane through three points; it points towards a viewer who sees them run
-    /// counter-clockwise. (0, 0, 0) where their cross product has no length that a double holds, as for points on one
-    /// line. The vector that it is called on takes no part.
+    /// counter-clockwise. (0, 0, 0) for points on one line or so close that the cross product is 0; NaN if it
+    /// overflows. Ignores the vector that it is called on.
     DRVect3d getNormal(const DRVect3d& vectA, const DRVect3d& vectB, const DRVect3d& vectC) const
     {
         return normalize((vectB - vectA) ^ (vectC - vectA));

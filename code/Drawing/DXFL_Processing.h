@@ -17,19 +17,18 @@ class DXFL_Processing
 {
 public:
     /// Reads the file at the path `file_name` and appends its entities to `drentity_lst`, whose owner owns them from
-    /// then on. Where the status is not 0 the list is unchanged.
+    /// then on. If the status is not 0, the list is unchanged.
     DXFL_Processing(std::string file_name, std::list<DraftEntity*>& drentity_lst);
     ~DXFL_Processing() = default;
 
     /// 0: the file was read. -1: the path cannot be queried. 1: it is a directory (or a socket or block device, which
-    /// share the directory's mode bit). 2: the file cannot be opened for reading. A FIFO or a
-    /// character device that ends at once, without waiting for anybody, counts as an empty file; any other one gets
-    /// 2, for reading it may have no end.
+    /// share the directory's mode bit). 2: the file cannot be opened for reading. A FIFO or character device that is at
+    /// its end counts as an empty file; any other gets 2, because reading it might never end.
     int get_file_status() const { return file_status; }
 
     /// The extents of `drentity_lst` in model coordinates: its smallest and its largest x, y and z, and the largest
     /// absolute value among all coordinates. False for an empty list, which leaves the outputs as they were. A NaN
-    /// takes no part; an axis that holds nothing else, and a limit of nothing else, is NaN.
+    /// is ignored, unless an axis or all of them hold nothing else: that axis or the limit is NaN then.
     bool get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect3d& min_pnt, DRVect3d& max_pnt,
                       double& dlimit) const;
 

@@ -10,7 +10,7 @@
 #include <string_view>
 
 /// A set of group codes of the DXF reference. The low bits are the coordinates of an entity's points, each x, y, z (10,
-/// 20, 30, then 11, 21, 31 and so on), so that what a line denotes is also what the entity has seen.
+/// 20, 30, then 11, 21, 31 and so on), so that the codes of a line can be or-ed into those that an entity has seen.
 using Codes = std::uint32_t;
 
 inline constexpr Codes coordinate_codes = 0xFFF;

@@ -52,11 +52,6 @@ GLuint front_name(const GLuint* buffer, unsigned long count)
     return front[3];
 }
 
-bool holds(Qt::MouseButtons buttons, Qt::MouseButtons wanted)
-{
-    return (buttons & wanted) == wanted;
-}
-
 /// Two opposite directional lights on the z axis of eye space, so that a face is lit alike from both sides.
 void set_up_lights(double limit)
 {
@@ -145,7 +140,7 @@ QString QGLEditor::version_of_OpenGL()
     makeCurrent();
     const GLubyte* version = glGetString(GL_VERSION);
     const char* text = version != nullptr ? reinterpret_cast<const char*>(version) : "unknown";
-    return QLatin1String("v.") + QLatin1String(text) + QLatin1String(", ");
+    return QString("v.%1, ").arg(text);
 }
 
 void QGLEditor::initializeGL()
@@ -218,10 +213,10 @@ void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
     lastPos = event->position().toPoint();
     if (event->buttons() == event->button())
-        give_back_cursors(); // of a press whose release went to another window
-    if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton))
+        give_back_cursors(); // of a press whose release another window got
+    if (event->buttons().testFlags(Qt::LeftButton | Qt::RightButton))
         push_cursor(Qt::SizeAllCursor);
-    else if ((event->buttons() & (Qt::LeftButton | Qt::RightButton)) != 0)
+    else if (event->buttons().testAnyFlags(Qt::LeftButton | Qt::RightButton))
         push_cursor(Qt::PointingHandCursor);
 }
 
@@ -249,13 +244,13 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
     const double dx = static_cast<double>(moved.x()) / std::max(width(), 1);
     const double dy = static_cast<double>(moved.y()) / std::max(height(), 1);
     bool changed = true;
-    if (holds(event->buttons(), Qt::LeftButton | Qt::RightButton)) {
+    if (event->buttons().testFlags(Qt::LeftButton | Qt::RightButton)) {
         translationX += dx;
         translationY -= dy;
-    } else if (holds(event->buttons(), Qt::LeftButton)) {
+    } else if (event->buttons().testFlag(Qt::LeftButton)) {
         rotationX += 180 * dy;
         rotationY += 180 * dx;
-    } else if (holds(event->buttons(), Qt::RightButton)) {
+    } else if (event->buttons().testFlag(Qt::RightButton)) {
         rotationX += 180 * dy;
         rotationZ += 180 * dx;
     } else {
@@ -273,15 +268,15 @@ void QGLEditor::wheelEvent(QWheelEvent* event)
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // wheel events arrive ignored; Qt would pass it on to the parents
+    event->accept(); // wheel events arrive ignored, and Qt would pass it on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
 {
     const QPointer<QGLEditor> view = this; // null if it is deleted while the dialog is open
-    if (holds(event->buttons(), Qt::LeftButton)) {
+    if (event->buttons().testFlag(Qt::LeftButton)) {
         select_at(event->position().toPoint());
-    } else if (holds(event->buttons(), Qt::RightButton)) {
+    } else if (event->buttons().testFlag(Qt::RightButton)) {
         const QColor newBgColor = QColorDialog::getColor(Qt::white, nullptr);
         if (view != nullptr && newBgColor.isValid()) {
             makeCurrent();

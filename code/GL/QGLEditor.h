@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Drawing/DRVect3d.h"
-#include "GL/QGLWidget.h"
+#include "QGLWidget.h"
 
 #include <QPoint>
 #include <QString>
@@ -25,8 +25,6 @@ public:
 
     explicit QGLEditor(QWidget* parent);
     ~QGLEditor() override;
-    QGLEditor(const QGLEditor&) = delete;
-    QGLEditor& operator=(const QGLEditor&) = delete;
 
     /// The corners of the drawing, in model coordinates. Drawing does not use them.
     DRVect3d drawing_min_point() const { return drw_min_point; }
@@ -56,7 +54,8 @@ public:
     DRVect3d drawing_translation() const { return {translationX, translationY, translationZ}; }
     DRVect3d drawing_translation(DRVect3d some_vect);
 
-    /// Appends an object, which the view owns from then on; null and duplicates are not refused.
+    /// Appends an object, which the view owns from then on. Null and duplicates are not checked for: drawing null or
+    /// deleting an object twice crashes.
     void add_drawing_object(GLObject* some_object) { drw_globjects.push_back(some_object); }
 
     /// The object at an index from 0, still owned by the view; null at and beyond the number of objects.

@@ -1,4 +1,4 @@
-// Where QOpenGLWidget does otherwise than its views expect: when it paints, and sizes in pixels of the widget.
+// Where QOpenGLWidget differs from what a view expects: when it paints, and the unit of sizes.
 
 #include "QGLWidget.h"
 
@@ -20,15 +20,18 @@ void QGLWidget::update()
     QOpenGLWidget::update();
 }
 
-/// Qt calls resizeGL in pixels of the widget, and paints at once although the window is about to be painted.
+/// Qt passes resizeGL pixels of the widget, and paints at once although a repaint is due. It does not call resizeGL
+/// when only the scale of the screen changes, but sets the viewport itself.
 void QGLWidget::resizeEvent(QResizeEvent* event)
 {
     my_is_resizing = true;
     QOpenGLWidget::resizeEvent(event);
     my_is_resizing = false;
     const qreal pixels = devicePixelRatio();
-    if (isValid() && pixels != 1.0)
+    if (isValid() && pixels != 1.0) {
+        makeCurrent();
         resizeGL(qRound(width() * pixels), qRound(height() * pixels));
+    }
 }
 
 void QGLWidget::paintEvent(QPaintEvent* event)

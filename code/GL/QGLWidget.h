@@ -1,4 +1,4 @@
-// QGLWidget: the OpenGL widget that a view derives from, made of Qt's QOpenGLWidget.
+// QGLWidget: the base class of a view, an adapter over QOpenGLWidget.
 // What is drawn in it is left to the view.
 #pragma once
 
@@ -14,7 +14,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(FormatOptions)
 
 } // namespace QGL
 
-/// A format with these buffers; colours are always there.
+/// A format with these buffers besides the colour buffer.
 class QGLFormat : public QSurfaceFormat
 {
 public:
@@ -25,21 +25,22 @@ public:
     }
 };
 
-/// A widget that OpenGL paints. Its context is made when it is first shown; isValid() is false before, and for good
-/// where there is no OpenGL.
+/// A widget painted by OpenGL. The context is made when it is first shown; until then, and always without OpenGL,
+/// isValid() is false. Once shown, the widget has to stay in its window: the context that another window needs gets no
+/// resizeGL().
 class QGLWidget : public QOpenGLWidget
 {
     Q_OBJECT
 
 public:
-    /// The views of one window share their contexts anyhow; `shared` is not looked at.
+    /// `shared` is ignored: Qt shares the contexts of one window anyway.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
     /// Paints at once, if the widget is visible. QWidget::repaint() puts it off when the last paint is less than a
     /// frame ago.
     void updateGL();
 
-    /// As QWidget::update(), which does not know that a paint by updateGL() is outdated.
+    /// Schedules a paint. Hides QWidget::update(), whose paint would be skipped right after updateGL().
     void update();
 
     /// Sets the clear colour of the current context.

@@ -9,7 +9,7 @@
 namespace
 {
 
-/// As QMessageBox::warning() and the like, whose box lies on the stack, where a parent must not delete it.
+/// Like QMessageBox::warning(), but with the box on the heap, so that its parent may delete it.
 void show_box(QMessageBox::Icon icon, QWidget* parent, const QString& title, const QString& text)
 {
     const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, QMessageBox::Ok, parent);
@@ -31,7 +31,7 @@ void inform(QWidget* parent, const QString& title, const QString& text)
 
 QString rich_name(const QString& name)
 {
-    // Qt opens what an attribute or a style sheet names; neither goes without "=" or "style" behind a "<".
+    // Qt opens files named in an attribute or a style sheet. Both need "=" or "style" after a "<".
     static const QRegularExpression opens_files("<.*(=|style)", QRegularExpression::CaseInsensitiveOption |
                                                                     QRegularExpression::DotMatchesEverythingOption);
     return name.contains(opens_files) ? QString(name).replace('<', "&lt;") : name;

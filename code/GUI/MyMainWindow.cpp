@@ -2,8 +2,8 @@
 
 #include "MyMainWindow.h"
 
-#include "GUI/Boxes.h"
-#include "GUI/File/MyGlMDIChild.h"
+#include "Boxes.h"
+#include "File/MyGlMDIChild.h"
 
 #include <QAction>
 #include <QApplication>
@@ -61,8 +61,8 @@ MyMainWindow::MyMainWindow()
     connect(windowMapper, &QSignalMapper::mappedObject, this,
             [this](QObject* window) { setActiveSubWindow(qobject_cast<QWidget*>(window)); });
 
-    // With an OpenGL widget in it, even a hidden one, Qt makes the window ready for OpenGL. Else it would replace the
-    // window, at another place on Wayland, when the first drawing is shown.
+    // A hidden OpenGL widget makes Qt create the window for OpenGL from the start. Otherwise Qt replaces the window
+    // when the first drawing is shown, and Wayland may place it elsewhere.
     (new QOpenGLWidget(this))->hide();
 
     createActions();
@@ -136,7 +136,7 @@ void MyMainWindow::createActions()
         connect(action, SIGNAL(triggered()), facts.receiver, facts.slot);
     }
 
-    // With Shift, Tab arrives as Backtab. PreviousChild asks for Shift and Backtab, which Qt never finds.
+    // Shift+Tab arrives as Backtab, for which Qt finds no PreviousChild shortcut.
     auto* shift_tab = new QShortcut(QKeySequence("Ctrl+Shift+Tab"), this);
     connect(shift_tab, &QShortcut::activated, previousAct, &QAction::trigger);
 }
@@ -227,7 +227,7 @@ void MyMainWindow::updateWindowMenu()
         action->setCheckable(true);
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
-        windowMapper->setMapping(action, static_cast<QObject*>(windows.at(i)));
+        windowMapper->setMapping(action, windows.at(i));
         // An entry goes with its window, even while the menu is open.
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
@@ -256,8 +256,8 @@ MyGlMDIChild* MyMainWindow::createMyGlMDIChild()
     return child;
 }
 
-/// Closes a drawing window that was never shown, and deletes it with its frame. The frame leaves the area first, for
-/// the area activates another drawing when it loses a frame by deletion.
+/// Closes a drawing window that was never shown, and deletes it with its frame. The frame is removed first: deleted
+/// inside the area, it would make the area activate another drawing.
 void MyMainWindow::discard(MyGlMDIChild* child)
 {
     child->close();
@@ -397,6 +397,7 @@ void MyMainWindow::readSettings()
     const QVariant pos = settings.value("pos");
     const QSize size = settings.value("size").toSize();
     const QRect screens = QGuiApplication::primaryScreen()->virtualGeometry();
+    // Damaged settings may hold any size and place.
     QRect place = first_place;
     if (!size.isEmpty())
         place.setSize(size.boundedTo(2 * screens.size()));

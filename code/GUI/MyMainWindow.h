@@ -25,8 +25,6 @@ public:
     /// Builds the window and gives it its stored position and size; showing it is left to the caller.
     MyMainWindow();
     ~MyMainWindow() override;
-    MyMainWindow(const MyMainWindow&) = delete;
-    MyMainWindow& operator=(const MyMainWindow&) = delete;
 
     /// Opens the named DXF file in a new drawing window, without a dialog. Warns and returns false for a file that
     /// cannot be read; false, too, for an empty name.

@@ -19,8 +19,6 @@ class MyGlMDIChild : public QGLEditor
 public:
     explicit MyGlMDIChild(QWidget* parent);
     ~MyGlMDIChild() override;
-    MyGlMDIChild(const MyGlMDIChild&) = delete;
-    MyGlMDIChild& operator=(const MyGlMDIChild&) = delete;
 
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override;
