@@ -1,162 +1,165 @@
 # What one entity of a drawing looks like: its points, chains of lines and faces. Knows the entities that have a shape
 # of their own; blocks, dimensions and the like, which are made of these, are left to drawing.py.
+from __future__ import annotations
+
 import math
 from itertools import islice
+from typing import Any, Callable, Iterable, Iterator, Sequence, Union
 
 from ezdxf.entities.boundary_paths import BoundaryPathType, EdgeType
-from ezdxf.math import ConstructionArc, Vec2, Vec3, arc_angle_span_deg, bulge_center
+from ezdxf.math import BSpline, ConstructionArc, ConstructionEllipse, Vec2, Vec3, arc_angle_span_deg, bulge_center
 from ezdxf.math.triangulation import mapbox_earcut_2d
-from ezdxf.render import TraceBuilder
+from ezdxf.render.trace import TraceBuilder
 
-# A shape is a pair of its kind and its vertices: one for a point, two or more for a chain of lines, four for a face.
-# The kinds are the names of the entities that they are written as.
-POINT, LINE, FACE = "POINT", "LINE", "3DFACE"
+from parts import FACE, LINE, MOST_PARTS, POINT, Shape, Vertex
 
-MOST_SHAPES = 5_000_000  # points, lines and faces that a drawing may become
+Entity = Any  # the classes of ezdxf have their attributes from tables
+Cut = Callable[[float], list[Shape]]  # makes the shapes that keep within a distance of a curve
+Made = Union[list[Shape], Cut]
+Corner = tuple[Vec2, float]  # of a polyline, with the bulge behind it
+
 WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: the smallest circle is an octagon
+TEXTS = ("TEXT", "MTEXT", "ATTRIB", "ATTDEF")
 SPLINE_FRAME = 16  # in group 70: the VERTEX controls a smoothed polyline, but is no part of it
 
 
-def shapes_of(entity):
+def shapes_of(entity: Entity) -> Made:
     """Returns the shapes of an entity that LEAVES lists, or for a curve a function that returns those which keep within
     a distance of it. An entity that makes no sense ends in some exception."""
     made = LEAVES[entity.dxftype()](entity)
     height = height_of(entity)
     if not height:
         return made
-    if callable(made):
-        return lambda distance: extruded(made(distance), height)
-    return extruded(made, height)
+    if isinstance(made, list):
+        return extruded(made, height)
+    cut = made
+    return lambda distance: extruded(cut(distance), height)
 
 
-def attribute(entity, name, default):
+def attribute(entity: Entity, name: str, default: Any) -> Any:
     """Returns a DXF attribute, or `default` for an entity that does not or cannot have it."""
     return entity.dxf.get(name, default) if entity.dxf.is_supported(name) else default
 
 
-def polygon(vertices):
+def polygon(vertices: list[Vec3]) -> list[Shape]:
     """Returns a face, or triangles that do not overlap for a polygon that is concave or has more than four corners."""
     corners = [a for a, b in zip(vertices, vertices[-1:] + vertices[:-1]) if a.xyz != b.xyz] or vertices[:1]
     if len(corners) < 3:
-        return [(LINE if len(corners) == 2 else POINT, corners)]
-    if len(corners) > 4:
-        return [triangle(*corners) for corners in cut_polygon(corners)]
+        return [Shape(LINE if len(corners) == 2 else POINT, plain(corners))]
     if len(corners) == 3:
         return [triangle(*corners)]
-    reflex = reflex_corner(corners)
-    if reflex is None:
-        return [(FACE, corners)]
-    a, b, c, d = corners[reflex:] + corners[:reflex]
-    return [triangle(a, b, c), triangle(a, c, d)]
+    return [Shape(FACE, plain(corners))] if is_face(corners) else cut_polygon([corners])
 
 
-def triangle(a, b, c):
-    return FACE, [a, b, c, c]
+def plain(vertices: Iterable[Vec3]) -> list[Vertex]:
+    return [vertex.xyz for vertex in vertices]
 
 
-def reflex_corner(corners):
-    """Returns the index of the corner of a concave quadrilateral that points inwards, None where there is none."""
-    edges = [corners[i] - corners[i - 1] for i in range(4)]
-    normals = [edge.cross(following) for edge, following in zip(edges, edges[1:] + edges[:1])]
-    normal = normals[0] + normals[2]
-    turns = [other.dot(normal) for other in normals]
-    left = [i for i in range(4) if turns[i] > 0]
-    right = [i for i in range(4) if turns[i] < 0]
-    odd = left if len(left) == 1 else right
-    return odd[0] if len(odd) == 1 and len(left) + len(right) == 4 else None
+def triangle(a: Vec3, b: Vec3, c: Vec3) -> Shape:
+    return Shape(FACE, plain([a, b, c, c]))
 
 
-def cut_polygon(corners):
-    """Yields the triangles of a polygon, seen along the axis from which it looks largest."""
-    spokes = [corner - corners[0] for corner in corners]
+def is_face(corners: list[Vec3]) -> bool:
+    """Tells whether a polygon is a quadrilateral of which no single corner points inwards."""
+    edges = [corner - corners[i - 1] for i, corner in enumerate(corners)]
+    turns = [edge.cross(following) for edge, following in zip(edges, edges[1:] + edges[:1])]
+    normal = turns[0] + turns[2]
+    inwards = sum(turn.dot(normal) < -1e-9 * normal.dot(normal) for turn in turns)
+    return len(corners) == 4 and inwards not in (1, 3)
+
+
+def cut_polygon(rings: list[list[Vec3]]) -> list[Shape]:
+    """Returns the triangles of a polygon, whose first ring is its border and the others its holes. They are cut as they
+    look along the axis from which it looks largest."""
+    spokes = [corner - rings[0][0] for corner in rings[0]]
     normal = sum((a.cross(b) for a, b in zip(spokes, spokes[1:])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
-    flats = [corner.xyz[:axis] + corner.xyz[axis + 1 :] for corner in corners]
-    raised = dict(zip(flats, corners))
-    for cut in mapbox_earcut_2d(flats):
-        yield [raised[flat.x, flat.y] for flat in cut]
+    raised = {corner.xyz[:axis] + corner.xyz[axis + 1 :]: corner for ring in rings for corner in ring}
+    flats = [[corner.xyz[:axis] + corner.xyz[axis + 1 :] for corner in ring] for ring in rings]
+    return [triangle(*(raised[flat.x, flat.y] for flat in cut)) for cut in mapbox_earcut_2d(flats[0], flats[1:])]
 
 
-def height_of(entity):
+def height_of(entity: Entity) -> Vec3:
     """Returns the thickness of an entity (group 39) as a vector, which is zero for most."""
     thickness = attribute(entity, "thickness", 0.0)
     return Vec3(entity.dxf.extrusion).normalize(thickness) if thickness else Vec3()
 
 
-def extruded(shapes, height):
+def extruded(shapes: list[Shape], height: Vec3) -> list[Shape]:
     """Returns extruded shapes: a point becomes a line, a line a face, and a face a solid."""
-    result = []
-    for kind, vertices in shapes:
+    result: list[Shape] = []
+    for kind, plain_vertices in shapes:
+        vertices = Vec3.list(plain_vertices)
         top = [vertex + height for vertex in vertices]
         if kind == POINT:
-            result.append((LINE, vertices + top))
+            result.append(Shape(LINE, plain(vertices + top)))
             continue
         ring = range(-1 if kind == FACE else 0, len(vertices) - 1)
         for i in ring:
             result += polygon([vertices[i], vertices[i + 1], top[i + 1], top[i]])
         if kind == FACE:
-            result += [(FACE, vertices), (FACE, top)]
+            result += [Shape(FACE, plain(vertices)), Shape(FACE, plain(top))]
     return result
 
 
-def chain(vertices):
+def chain(vertices: Iterable[Vec3]) -> list[Shape]:
     """Returns a chain of lines, and none for a lone vertex. An endless one stops where it is too long to be written."""
-    vertices = list(islice(vertices, MOST_SHAPES + 2))
-    return [(LINE, vertices)] if len(vertices) > 1 else []
+    ends = plain(islice(vertices, MOST_PARTS + 2))
+    return [Shape(LINE, ends)] if len(ends) > 1 else []
 
 
-def lines_of_arc(radius, angle, distance):
+def lines_of_arc(radius: float, angle: float, distance: float) -> int:
     """Returns how many lines keep within a distance of an arc. A full circle is also cut at its extreme points."""
     widest = math.degrees(4.0 * math.asin(math.sqrt(min(distance / radius / 2.0, 1.0))))
     count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0)) if widest else 1
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
 
 
-def arc_angles(arc, distance):
+def arc_angles(arc: Any, distance: float) -> Iterable[float]:
     """Yields the angles at which an arc is cut, in degrees."""
     angle = arc_angle_span_deg(arc.start_angle, arc.end_angle) or 360.0
     count = lines_of_arc(abs(arc.radius), angle, distance)
     return (arc.start_angle + angle * i / count for i in range(count + 1))
 
 
-def ellipse_vertices(tool, distance):
-    """Yields vertices of an ezdxf.math.ConstructionEllipse, which is a circle that is pressed in one direction."""
+def ellipse_vertices(tool: ConstructionEllipse, distance: float) -> Iterable[Vec3]:
+    """Yields vertices of an ellipse, which is a circle that is pressed in one direction."""
     count = lines_of_arc(tool.major_axis.magnitude * max(1.0, tool.ratio), math.degrees(tool.param_span), distance)
     return tool.vertices(tool.start_param + tool.param_span * i / count for i in range(count + 1))
 
 
-def spline_vertices(tool, distance):
+def spline_vertices(tool: BSpline, distance: float) -> Iterable[Vec3]:
     # ezdxf compares the distance in the middle of each line; at an inflection it is larger beside that.
     return tool.flattening(distance / 2.0)
 
 
-def circle(entity):
-    arc = ConstructionArc(radius=entity.dxf.radius)
-    return lambda distance: chain(entity.vertices(arc_angles(arc, distance)))
+def arc(entity: Entity) -> Cut:
+    circle = ConstructionArc(
+        radius=entity.dxf.radius,
+        start_angle=attribute(entity, "start_angle", 0.0),
+        end_angle=attribute(entity, "end_angle", 360.0),
+    )
+    return lambda distance: chain(entity.vertices(arc_angles(circle, distance)))
 
 
-def arc(entity):
-    return lambda distance: chain(entity.vertices(arc_angles(entity.dxf, distance)))
-
-
-def ellipse(entity):
+def ellipse(entity: Entity) -> Cut:
     tool = entity.construction_tool()
     return lambda distance: chain(ellipse_vertices(tool, distance))
 
 
-def spline(entity):
+def spline(entity: Entity) -> Cut:
     tool = entity.construction_tool()
     return lambda distance: chain(spline_vertices(tool, distance))
 
 
-def lwpolyline(entity):
+def lwpolyline(entity: Entity) -> Made:
     entity.set_points([(*point[:4], visible(point[4])) for point in entity])
     points = entity.get_points("xyb")
     width = max(map(max, entity.get_points("se")))
     return flat_polyline(entity, points, entity.closed, entity.dxf.elevation, entity.dxf.get("const_width", width))
 
 
-def polyline(entity):
+def polyline(entity: Entity) -> Made:
     if entity.is_poly_face_mesh:
         vertices, faces = entity.indexed_faces()
         return faces_of([vertex.dxf.location for vertex in vertices], (face.indices for face in faces))
@@ -178,9 +181,9 @@ def polyline(entity):
     return flat_polyline(entity, corners, entity.is_closed, elevation.z, max(widths))
 
 
-def grid(entity, points, rows, columns):
+def grid(entity: Entity, points: list[Vec3], rows: int, columns: int) -> list[Shape]:
     """Returns the faces of a polygon mesh, which may be closed in either direction."""
-    shapes = []
+    shapes: list[Shape] = []
     for row in range(rows if entity.is_m_closed else rows - 1):
         for column in range(columns if entity.is_n_closed else columns - 1):
             ring = ((row, column), (row, column + 1), (row + 1, column + 1), (row + 1, column))
@@ -188,28 +191,30 @@ def grid(entity, points, rows, columns):
     return shapes
 
 
-def mesh(entity):
+def mesh(entity: Entity) -> list[Shape]:
     return faces_of([Vec3(vertex) for vertex in entity.vertices], entity.faces)
 
 
-def faces_of(vertices, faces):
+def faces_of(vertices: list[Vec3], faces: Iterable[Sequence[int]]) -> list[Shape]:
     """Returns the shapes of faces that are given as indices of vertices, but for faces with a wrong index."""
     known = range(len(vertices))
     return [shape for face in faces if all(i in known for i in face) for shape in polygon([vertices[i] for i in face])]
 
 
-def flat_polyline(entity, points, closed, elevation, width):
+def flat_polyline(
+    entity: Entity, points: Iterable[tuple[float, float, float]], closed: bool, elevation: float, width: float
+) -> Made:
     """Returns the shapes of a polyline of (x, y, bulge) in the coordinates of its plane; faces where it has width."""
 
-    def cut(distance):
+    def cut(distance: float) -> list[Shape]:
         return chain(raised(round_vertices(corners, closed, distance), entity, elevation))
 
-    def band(count):
+    def band(count: int) -> list[Shape]:
         faces = TraceBuilder.from_polyline(entity, segments=count).faces()
         vertices = iter(raised((vertex for face in faces for vertex in face), entity, elevation))
         return [shape for face in zip(*[vertices] * 4) for shape in polygon(list(face))]
 
-    def cut_band(distance):
+    def cut_band(distance: float) -> list[Shape]:
         count = lines_of_arc(max(radii) + width / 2.0, 360.0, distance)
         return octagonal if count == 8 else band(count)
 
@@ -221,24 +226,24 @@ def flat_polyline(entity, points, closed, elevation, width):
     return cut_band if radii else octagonal
 
 
-def raised(flat, entity, elevation):
+def raised(flat: Iterable[Union[Vec2, Vec3]], entity: Entity, elevation: float) -> Iterable[Vec3]:
     """Yields vertices of an entity's plane in the coordinates of the drawing."""
     return entity.ocs().points_to_wcs(Vec3(vertex.x, vertex.y, elevation) for vertex in flat)
 
 
-def visible(bulge):
+def visible(bulge: float) -> float:
     """Returns a bulge, and 0 for one so small that nobody sees it."""
     return bulge if abs(bulge) > 1e-9 else 0.0
 
 
-def sides(corners, closed):
+def sides(corners: list[Corner], closed: bool) -> Iterator[tuple[Vec2, Vec2, float]]:
     """Yields start, end and bulge of each side of a polyline."""
     ends = corners[1:] + corners[:1] if closed else corners[1:]
     for (start, bulge), (end, _) in zip(corners, ends):
         yield start, end, 0.0 if start.isclose(end) else bulge
 
 
-def round_vertices(corners, closed, distance):
+def round_vertices(corners: list[Corner], closed: bool, distance: float) -> Iterator[Vec2]:
     """Yields the vertices of a polyline with those on its arcs. A bulge is the tangent of a quarter of an arc's angle."""
     yield corners[0][0]
     for start, end, bulge in sides(corners, closed):
@@ -251,10 +256,10 @@ def round_vertices(corners, closed, distance):
         yield end
 
 
-def hatch(entity):
+def hatch(entity: Entity) -> Cut:
     """Returns what bounds a HATCH or an MPOLYGON, which alone has an offset."""
 
-    def cut(distance):
+    def cut(distance: float) -> list[Shape]:
         flats = (flat for path in entity.paths for flat in boundary(path, distance))
         return [shape for flat in flats for shape in chain(raised((offset + v for v in flat), entity, elevation))]
 
@@ -263,7 +268,7 @@ def hatch(entity):
     return cut
 
 
-def boundary(path, distance):
+def boundary(path: Any, distance: float) -> Iterator[Iterable[Union[Vec2, Vec3]]]:
     """Yields the vertices of each part of one boundary."""
     if path.type == BoundaryPathType.POLYLINE:
         yield round_vertices([(Vec2(x, y), visible(bulge)) for x, y, bulge in path.vertices], path.is_closed, distance)
@@ -272,28 +277,38 @@ def boundary(path, distance):
         yield EDGES[edge.type](edge, distance)
 
 
-EDGES = {
+EDGES: dict[EdgeType, Callable[[Any, float], Iterable[Union[Vec2, Vec3]]]] = {
     EdgeType.LINE: lambda edge, distance: [edge.start, edge.end],
     EdgeType.ARC: lambda edge, distance: edge.construction_tool().vertices(arc_angles(edge, distance)),
     EdgeType.ELLIPSE: lambda edge, distance: ellipse_vertices(edge.construction_tool(), distance),
     EdgeType.SPLINE: lambda edge, distance: spline_vertices(edge.construction_tool(), distance),
 }
 
-# Texts, images and bodies are in no row: they have no shape that points, lines and faces could show.
-LEAVES = {
-    "POINT": lambda entity: [(POINT, [entity.dxf.location])],
-    "LINE": lambda entity: [(LINE, [entity.dxf.start, entity.dxf.end])],
-    "3DFACE": lambda entity: polygon(entity.wcs_vertices()),
-    "SOLID": lambda entity: polygon(entity.wcs_vertices()),
-    "TRACE": lambda entity: polygon(entity.wcs_vertices()),
+
+def body(entity: Entity) -> list[Shape]:
+    from bodies import faces
+
+    return [shape for rings in faces(entity) for shape in (cut_polygon(rings) if rings[1:] else polygon(rings[0]))]
+
+
+def text(entity: Entity) -> list[Shape]:
+    from text import outlines
+
+    return [Shape(LINE, outline) for outline in outlines(entity)]
+
+
+# Images and the like are in no row: they have no shape that points, lines and faces could show.
+LEAVES: dict[str, Callable[[Entity], Made]] = {
+    "POINT": lambda entity: [Shape(POINT, [entity.dxf.location.xyz])],
+    "LINE": lambda entity: [Shape(LINE, [entity.dxf.start.xyz, entity.dxf.end.xyz])],
+    **dict.fromkeys(("3DFACE", "SOLID", "TRACE"), lambda entity: polygon(entity.wcs_vertices())),
     "MESH": mesh,
     "POLYLINE": polyline,
     "LWPOLYLINE": lwpolyline,
-    "CIRCLE": circle,
-    "ARC": arc,
+    **dict.fromkeys(("CIRCLE", "ARC"), arc),
     "ELLIPSE": ellipse,
-    "SPLINE": spline,
-    "HELIX": spline,
-    "HATCH": hatch,
-    "MPOLYGON": hatch,
+    **dict.fromkeys(("SPLINE", "HELIX"), spline),
+    **dict.fromkeys(("HATCH", "MPOLYGON"), hatch),
+    **dict.fromkeys(("3DSOLID", "BODY", "REGION", "SURFACE"), body),
+    **dict.fromkeys(TEXTS, text),
 }

@@ -1,62 +1,76 @@
 # Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's takes every line of the digits
 # 0 1 2 3 5 8 and blanks for a possible group code, so other lines are not written like that.
+from __future__ import annotations
+
 import io
 import re
+from functools import lru_cache
+from itertools import chain
+from typing import BinaryIO, NamedTuple
 
-import ezdxf
+from ezdxf.filemanagement import new
+from ezdxf.lldxf.encoding import decode_dxf_unicode
 
-from shapes import FACE, LINE, POINT
+from parts import FACE, LINE, POINT, Parts
+from progress import Progress
 
 # Handles that begin with a letter are no group codes. The other objects of the file have smaller ones.
 FIRST_HANDLE = 0xA00000
 
+SHARE = 0.2  # of the whole work
 CLASSES = {POINT: "AcDbPoint", LINE: "AcDbLine", FACE: "AcDbFace"}
-CORNER_CODES = ((10, 20, 30), (11, 21, 31), (12, 22, 32), (13, 23, 33))
+CORNERS = {POINT: 1, LINE: 2, FACE: 4}
 
 
-def write(stream, shapes, colors, middle, factor, progress):
-    """Writes shapes to a binary stream, with `middle` as their origin and scaled by `factor`. `colors` has the number
-    of a layer's colour by its name in lower case."""
-    layers = {layer: valid_name(layer) for layer in set(shapes.layers)}
-    low, high = ([(value - center) * factor for value, center in zip(corner, middle)] for corner in shapes.extents())
-    head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, low, high, shapes.count)
+class Form(NamedTuple):
+    """An entity as text, with places for its handle and its coordinates, and the order of its corners in it."""
+
+    text: str
+    corners: list[int]
+
+
+def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Progress) -> None:
+    """Writes parts to a stream. `colors` has the number of a layer's colour by its name in lower case."""
+    layers = {layer: valid_name(layer) for layer in set(parts.layers)}
+    head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, parts)
     stream.write(head.encode())
     handle = FIRST_HANDLE
-    for kind, layer, coordinates in progress("Writing", shapes):
-        values = [number((value - middle[i % 3]) * factor) for i, value in enumerate(coordinates)]
-        corners = [values[i : i + 3] for i in range(0, len(values), 3)]
-        for part in zip(corners, corners[1:]) if kind == LINE else [corners]:
-            stream.write(entity(kind, handle, layers[layer], part).encode())
-            handle += 1
+    for kind, layer, coordinates in progress.count(SHARE, len(parts.kinds), parts):
+        shape, order = form(kind, layers[layer])
+        # A bare 0 would end the entity, so there is always a decimal point.
+        values = [text if "." in text else text.replace("e", ".0e") for text in map(repr, coordinates)]
+        length = len(values) // 3 - len(order) + 1
+        columns = [values[3 * corner + axis :: 3] for corner in order for axis in range(3)]
+        groups = tuple(chain.from_iterable(zip(range(handle, handle + length), *columns)))
+        stream.write((shape * length % groups).encode())
+        handle += length
     stream.write(tail.encode())
 
 
-def entity(kind, handle, name, corners):
-    """Returns an entity on the layer `name`, with its corners as texts."""
-    name, corners = unmistakable(name, list(zip(CORNER_CODES, corners)))
-    groups = "".join(f"{code:3}\n{text}\n" for codes, corner in corners for code, text in zip(codes, corner))
-    return f"  0\n{kind}\n  5\n{handle:X}\n100\nAcDbEntity\n  8\n{name}\n100\n{CLASSES[kind]}\n{groups}"
-
-
-def unmistakable(name, corners):
-    """Returns a layer's name, and corners with their codes. A reader may take a layer's name such as 31 for a group
-    code. That only harms if it completes the entity, so the corners are written in an order in which another code comes
+@lru_cache(maxsize=None)
+def form(kind: str, name: str) -> Form:
+    """Returns the form of an entity on the layer `name`. A reader may take a layer's name such as 31 for a group code.
+    That only harms if it completes the entity, so the corners are written in an order in which another code comes
     last."""
+    corners = list(range(CORNERS[kind]))
     for order in (corners, corners[1:] + corners[:1]):
-        last_code = str(order[-1][0][2])
-        if last_code not in name or name.strip("012358 \t"):
-            return name, order
-    return escaped(name[0]) + name[1:], corners
+        if f"3{order[-1]}" not in name or name.strip("012358 \t"):
+            break
+    else:
+        name = escaped(name[0]) + name[1:]
+    groups = "".join(f" {axis}{corner}\n%s\n" for corner in order for axis in (1, 2, 3))
+    layer = name.replace("%", "%%")
+    return Form(f"  0\n{kind}\n  5\n%X\n100\nAcDbEntity\n  8\n{layer}\n100\n{CLASSES[kind]}\n{groups}", order)
 
 
-def frame(colors, low, high, count):
-    """Returns what comes before and behind `count` entities: header, tables with the coloured layers, and objects."""
-    document = ezdxf.new("R2000" if "".join(colors).isascii() else "R2007")  # which is the first in UTF-8
+def frame(colors: dict[str, int], parts: Parts) -> tuple[str, str]:
+    """Returns what comes before and behind the entities: header, tables with the coloured layers, and objects."""
+    document = new("R2000" if "".join(colors).isascii() else "R2007")  # which is the first in UTF-8
     for name, color in colors.items():
         if not document.layers.has_entry(name):
             document.layers.add(name, color=color if 0 < color < 256 else 7)
-    document.header["$EXTMIN"], document.header["$EXTMAX"] = low, high
-    document.entitydb.handles.reset(f"{FIRST_HANDLE + count:X}")
+    document.modelspace().reset_extents(*parts.extents())  # becomes $EXTMIN and $EXTMAX
+    document.entitydb.handles.reset(f"{FIRST_HANDLE + parts.count:X}")
     text = io.StringIO()
     document.write(text)
     begin = "  2\nENTITIES\n"
@@ -65,17 +79,11 @@ def frame(colors, low, high, count):
     return head.replace("ENTITIES", escaped("E") + "NTITIES") + begin, tail
 
 
-def number(value):
-    """Returns the shortest text that reads as `value`, always with a decimal point: a bare 0 would end the entity."""
-    text = repr(value + 0.0)  # 0.0 for -0.0
-    return text if "." in text else text.replace("e", ".0e")
-
-
-def valid_name(layer):
+def valid_name(layer: str) -> str:
     """Returns the name of a layer without the characters that no name may have."""
-    return re.sub(r'[<>/\\":;?*=`\0-\x1f\ud800-\udfff]', "_", ezdxf.decode_dxf_unicode(layer)) or "0"
+    return re.sub(r'[<>/\\":;?*=`\0-\x1f\ud800-\udfff]', "_", decode_dxf_unicode(layer)) or "0"
 
 
-def escaped(character):
+def escaped(character: str) -> str:
     r"""Returns a character in DXF's own notation, \U+XXXX."""
     return rf"\U+{ord(character):04X}"

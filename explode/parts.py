@@ -1,0 +1,97 @@
+# The points, lines and faces that a drawing becomes, and the place and the size that they are given. shapes.py makes
+# them, writer.py writes them.
+from __future__ import annotations
+
+import math
+from array import array
+from itertools import chain
+from typing import Iterable, Iterator, NamedTuple, Optional, Sequence
+
+from ezdxf.math import Matrix44
+
+# The kinds of shapes are the names of the entities that they are written as.
+POINT, LINE, FACE = KINDS = ("POINT", "LINE", "3DFACE")
+MOST_PARTS = 5_000_000  # points, lines and faces that a drawing may become
+MOST_AT_ONCE = 10_000  # lines of a chain
+FIT = 100.0  # the largest coordinate of a fitted drawing
+
+Vertex = tuple[float, float, float]
+
+
+class Refused(BaseException):
+    """The reason why a drawing is not exploded, as a sentence for the user. No "except Exception" catches it."""
+
+
+class Shape(NamedTuple):
+    """One vertex for a point, two or more for a chain of lines, four for a face."""
+
+    kind: str
+    vertices: Sequence[Vertex]
+
+
+class Fit(NamedTuple):
+    """How a drawing is moved, and then scaled about the origin."""
+
+    move: list[float]
+    factor: float
+
+
+class Parts:
+    """Shapes in the coordinates of the drawing, stored tightly."""
+
+    def __init__(self) -> None:
+        self.kinds = array("B")
+        self.lengths = array("L")
+        self.layers: list[str] = []
+        self.coordinates = array("d")
+        self.count = 0
+
+    def add(self, shapes: Iterable[Shape], matrix: Optional[Matrix44], layer: str) -> None:
+        for kind, vertices in shapes:
+            self.count += len(vertices) - 1 if kind == LINE else 1
+            if self.count > MOST_PARTS:
+                raise Refused(f"It is made of more than {MOST_PARTS:,} parts.")
+            self.kinds.append(KINDS.index(kind))
+            self.lengths.append(len(vertices))
+            self.layers.append(layer)
+            self.coordinates.extend(chain.from_iterable(placed(vertices, matrix) if matrix else vertices))
+
+    def __iter__(self) -> Iterator[tuple[str, str, array[float]]]:
+        """Yields kind, layer and coordinates of each shape, and long chains in pieces."""
+        start = 0
+        for kind, length, layer in zip(self.kinds, self.lengths, self.layers):
+            for i in range(0, length - 1 or 1, MOST_AT_ONCE) if KINDS[kind] == LINE else (0,):
+                end = min(i + MOST_AT_ONCE + 1, length)
+                yield KINDS[kind], layer, self.coordinates[start + 3 * i : start + 3 * end]
+            start += 3 * length
+
+    def extents(self) -> tuple[list[float], list[float]]:
+        """Returns the least and the largest x, y and z of one shape or more."""
+        if not math.isfinite(sum(self.coordinates)):
+            raise Refused("Its coordinates are too large.")
+        axes = [self.coordinates[axis::3] for axis in range(3)]
+        return [min(axis) for axis in axes], [max(axis) for axis in axes]
+
+    def is_shown_well(self) -> bool:
+        """Tells whether the viewer shows the drawing large and whole. It scales by 1/L about the origin, where L is the
+        largest coordinate. Where L is below 1, its near and its far plane cut the drawing; above 1e6 its depth buffer
+        is too coarse."""
+        low, high = self.extents()
+        largest = max(abs(value) for value in low + high)
+        return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= 2.0 * largest / 4.0
+
+    def fit(self) -> Fit:
+        """Moves the middle to the origin, and scales the largest coordinate to FIT."""
+        low, high = self.extents()
+        move = [0.0 - (a + b) / 2.0 for a, b in zip(low, high)]
+        factor = FIT / (max(b - a for a, b in zip(low, high)) / 2.0 or FIT)
+        for axis in range(3):
+            self.coordinates[axis::3] = array("d", [(x + move[axis]) * factor for x in self.coordinates[axis::3]])
+        return Fit(move, factor)
+
+
+def placed(vertices: Iterable[Vertex], matrix: Matrix44) -> Iterator[Vertex]:
+    """Yields transformed vertices, three times as fast as ezdxf does."""
+    a, b, c, _, d, e, f, _, g, h, i, _, dx, dy, dz, _ = matrix
+    for x, y, z in vertices:
+        yield x * a + y * d + z * g + dx, x * b + y * e + z * h + dy, x * c + y * f + z * i + dz
