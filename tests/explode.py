@@ -1,134 +1,252 @@
 #!/usr/bin/python3 -B
-# tolmera-explode on small drawings that ezdxf makes: what each kind of entity becomes, what is refused, and a picture.
-# CMake tells in the environment where the program and the one for previews are.
-import collections
-import contextlib
-import io
+# tolmera-explode on small drawings that ezdxf makes. A case is a line of a table: what is drawn | what has to come, in the
+# words of summary(). "circle((0, 0), 1, layer='a')" is add_circle() with that DXF attribute; functions below draw the rest.
+import functools
 import os
 import re
 import runpy
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 import ezdxf
+from ezdxf.acis import api as acis
+from ezdxf.enums import TextEntityAlignment as Align
 from ezdxf.math import Vec3
 from ezdxf.render import forms
 
-SQUARE = [(0, 0), (4, 0), (4, 4), (0, 4)]
-BOW = [(0, 0), (4, 0), (0, 4), (4, 4)]  # the order in which a SOLID has the corners of a square
+ELL = [(0, 0), (3, 0), (3, 1)]
+BOW = [(0, 0), (4, 0), (0, 2), (4, 2)]  # the order in which a SOLID has the corners of a rectangle
 U = [(0, 0), (4, 0), (4, 3), (3, 3), (3, 1), (1, 1), (1, 3), (0, 3)]
-ALMOST = [(0, 0, 1e-15), (8, 0, 0)]  # straight
-DISC = [(0, 0, 2, 2, 1), (2, 0)]  # its lower half
+ROUND = [(0, 0, 1), (2, 0, 0), (2, 2, 0)]  # x, y and bulge: half a circle, then a line
+DOWN, EAST = (0, 0, -1), (1, 0, 0)  # extrusions
+
+SHAPES = r"""
+point((1, 2, 3)) | 1 point, 1 2 3 to 1 2 3
+point((1, 2), thickness=2, extrusion=EAST) | 1 line of 2, 1 2 0 to 3 2 0
+line((0, -2, 1e22), (1 / 3, 5, 0)) | 1 line of 1e+22, 0 -2 0 to 0.33 5 1e+22
+line((0, 0), (3, 1), thickness=-2) | 1 face of 6.325, 0 0 -2 to 3 1 0
+_3dface([(0, 0, 1), (4, 0), (4, 3)]) | 1 face of 6.185, 0 0 0 to 4 3 1
+_3dface([(0, 0), (4, 0), (1, 1), (0, 4)], invisible=15) | 2 faces of 4, 0 0 0 to 4 4 0
+solid(BOW, thickness=4) | 6 faces of 64, 0 0 0 to 4 2 4
+trace(BOW, extrusion=DOWN) | 1 face of 8, -4 0 0 to 0 2 0
+lwpolyline(ROUND, format="xyb") | 22 lines of 5.139, 0 -1 0 to 2 2 0
+lwpolyline(ROUND[1:] + [(0, 2, -0.5)], format="xyb", close=True) | 22 lines of 7.277, 0 0 0 to 2.02 2.02 0
+lwpolyline(ELL, thickness=2, extrusion=EAST) | 2 faces of 8, 0 0 0 to 2 3 1
+lwpolyline([(0, 0, 2, 1, 1e-15), (8, 0)]) | 1 face of 12, 0 -1 0 to 8 1 0
+lwpolyline(ELL, const_width=0.5, elevation=5, extrusion=DOWN) | 2 faces of 2, -3.25 -0.25 -5 to 0 1 -5
+lwpolyline([(0, 0, 2, 2, 1), (2, 0)], format="xyseb") | 26 faces of 6.268, -1 -2 0 to 3 0 0
+lwpolyline([(i, i % 2) for i in range(10003)]) | 10002 lines of 1.414e+04, 0 0 0 to 10002 1 0
+lwpolyline([(1, 1)]) | left out: 1 LWPOLYLINE
+polyline2d(ROUND, format="xyb", close=True, elevation=(0, 0, 2), extrusion=DOWN) | 23 lines of 7.967, -2 -1 -2 to 0 2 -2
+polyline2d(ELL, default_start_width=1, default_end_width=1) | 2 faces of 4, 0 -0.5 0 to 3.5 1 0
+smoothed(polyline2d(ELL + [(9, 9), (4, 1)])) | 3 lines of 5, 0 0 0 to 4 1 0
+polyline3d([(0, 0, 1), (3, 0, 1), (3, 4, 1)], close=True) | 3 lines of 12, 0 0 1 to 3 4 1
+tube(False, True) | 8 faces of 11.31, 0 -1 -1 to 2 1 1
+tube(True, False) | 9 faces of 16.97, 0 -1 -1 to 2 1 1
+forms.cube().scale(1, 2, 3).render_polyface(space) | 6 faces of 22, -0.5 -1 -1.5 to 0.5 1 1.5
+mesh([range(8), (0, 1, 8)]) | 6 faces of 8, 0 0 0 to 4 3 0
+circle((1, 2, 3), 5, thickness=1, extrusion=EAST) | 52 faces of 31.4, 3 -4 -3 to 4 6 7
+line((0, 0), (1000, 0)), circle((0, 0), 0.5) | 9 lines of 1003, -0.5 -0.5 0 to 1000 0.5 0
+arc((0, 0), 1, 270, 45, extrusion=DOWN) | 21 lines of 2.355, -1 -1 0 to 0 0.71 0
+ellipse((0, 0), (4, 0), 0.5, 0, 1.5707963267948966) | 18 lines of 4.843, 0 0 0 to 4 2 0
+open_spline([(0, 0), (0, 4), (8, 4), (8, 0)]) | 48 lines of 11.16, 0 0 0 to 8 3 0
+helix(2, 1, 2) | 256 lines of 25.21, -2 -2 0 to 2 2 2
+hatch("polyline_path", ROUND, elevation=(0, 0, 3)) | 23 lines of 7.967, 0 -1 3 to 2 2 3
+hatch("line", (0, 0), (3, 4), extrusion=DOWN) | 1 line of 5, -3 0 0 to 0 4 0
+hatch("ellipse", (2, 6), (2, 0), 0.5) | 50 lines of 9.682, 0 5 0 to 4 7 0
+hatch("spline", None, [(0, 0), (0, 4), (4, 4), (4, 0)], [0] * 4 + [1] * 4) | 64 lines of 7.999, 0 0 0 to 4 3 0
+mpolygon(offset_vector=(5, 6)).paths.add_polyline_path(ELL) | 3 lines of 7.162, 5 6 0 to 8 7 0
+body([(0, 0), (4, 0), (4, 2), (0, 4)], [(1, 1), (3, 1), (1, 3)]) | 23 faces of 66.6, 0 0 0 to 4 4 2
+body(U, curved="straight"), body(U, curved="plane"), _3dsolid() | left out: 3 3DSOLID
+linear_dim((5, 3), (0, 0), (9, 0), text=" ").render() | 3 lines of 15.5, 2 faces of 0.01299, -0.1 0.12 0 to 9.1 3.38 0
+block("A", "ell()", xscale=-2, yscale=3) | 2 lines of 9, -4 0 0 to 2 3 0
+block("A", "ell()", (5, 0, 1), extrusion=DOWN) | 2 lines of 4, -7 0 -1 to -4 1 -1
+block("A", "ell()", rotation=90, extrusion=DOWN).grid((2, 3), (10, 20)) | 12 lines of 24, 0 -1 0 to 11 42 0
+block("A", "block('B', 'ell()', (5, 0, 1), rotation=90)", rotation=-90, xscale=3, zscale=4) | 2 lines of 6, -1 -12 4 to 2 -9 4
+block("A", "block('B', 'circle((1, 0), 1)')", xscale=9, yscale=9) | 52 lines of 56.51, -18 -9 0 to 0 9 0
+blockref("NOWHERE", (0, 0)) | left out: 1 INSERT
+block("A", "body(U, curved='plane')").grid((9999, 9999), (1, 1)) | left out: 99980001 3DSOLID
+text("A8", (100, 50)) | 43 lines of 105.8, 100.11 49.81 0 to 117.17 60.18 0
+text("HH", align=Align.TOP_RIGHT) | 24 lines of 105.9, -19.28 -10 0 to -1.35 0 0
+text("HH", align=Align.MIDDLE_CENTER) | 24 lines of 105.9, -8.97 -5 0 to 8.97 5 0
+text("HH", align=Align.ALIGNED) | 24 lines of 205.4, 2.61 0 0 to 37.39 19.39 0
+text("HH", rotation=90, width=2) | 24 lines of 136.4, -10 2.69 0 to 0 38.57 0
+text("I", thickness=3, extrusion=DOWN) | 4 faces of 68.12, -2.7 0 -3 to -1.35 10 0
+mtext("H\\PH", insert=(5, 5, 5)) | 24 lines of 105.9, 6.35 -21.67 5 to 13.97 5 5
+mtext("H H", width=5, rotation=90) | 24 lines of 105.9, 0 1.35 0 to 26.67 8.97 0
+mtext("{\\H2x;H}H", attachment_point=9) | 24 lines of 158.9, -28.25 0 0 to -1.35 20 0
+mtext("\\L\\SH/H;") | 25 lines of 116.2, 0 -24 0 to 10.31 0 0
+block("A", "ell()").add_attrib("N", "H", (9, 9)).dxf.invisible | 14 lines of 17.24, -1 0 0 to 11.24 11.5 0
+block("A", "ell()").add_attrib("N", "H", (9, 9), {"flags": 1}) | 2 lines of 4, -1 0 0 to 2 1 0
+block("A", "attdef('N', (0, 0), 'HHH'), attdef('N', (9, 9), 'H', flags=2)") | 12 lines of 13.24, 8.34 9 0 to 10.24 11.5 0
+"""
+
+# Which layers are seen. The layers "off" and "frozen" are what they are called.
+LAYERS = """
+ell(layer="OFF") | hidden: 1
+ell(layer="frozen"), text("H", layer="a") | a
+linear_dim((5, 3), (0, 0), (9, 0), text=" ", layer="frozen").render() | hidden: 1
+block("A", "ell()", layer="Off") | hidden: 1
+block("A", "ell(layer='a')", layer="off") | a
+block("A", "ell(layer='a')", layer="Frozen") | hidden: 1
+block("A", "block('B', 'ell()')", layer="a") | a
+block("A", "block('B', 'ell()', layer='b')", layer="a") | b
+block("A", "block('B', 'ell()')", layer="off") | hidden: 1
+block("A", "block('B', 'ell(layer=chr(98))', layer='frozen')", layer="a") | hidden: 1
+block("A", "block('B', 'ell(layer=chr(98))', layer='a')", layer="frozen") | hidden: 1
+block("A", "attdef('N', (0, 0))", layer="a").add_attrib("N", "H") | a
+"""
+
+# What --auto-fit makes of it: L, the largest coordinate, may be from 1 to 1,000,000; x or y extends over half of it.
+FITS = """
+line((0, 0), (0, -1)) | 1 line of 1, 0 -1 0 to 0 0 0
+line((0, 0), (0, -0.999)) | 1 line of 200, 0 -100 0 to 0 100 0
+line((0, 0), (1e6, 0)) | 1 line of 1e+06, 0 0 0 to 1e+06 0 0
+line((0, 0), (1e6 + 1, 0)) | 1 line of 200, -100 0 0 to 100 0 0
+line((-4, 0), (-2, 0)) | 1 line of 2, -4 0 0 to -2 0 0
+line((-4, 0), (-2.001, 0)) | 1 line of 200, -100 0 0 to 100 0 0
+line((4, 0), (4, 2)) | 1 line of 2, 4 0 0 to 4 2 0
+line((0, 0, 1), (0, 0, -9)) | 1 line of 200, 0 0 -100 to 0 0 100
+"""
+
+# A pattern in a drawing of three lines and a block, what replaces it, how many lines are left, and what is said.
+DAMAGED = r"""
+(\$HANDSEED\n) *5 | \1five | 4 | is damaged: Invalid group code "five "
+(LTYPE(?:.*\n)+? 40\n).* | \1x | 4 | is damaged: Invalid tag
+(LTYPE\n.*\n).*\n | \1 | 4 | is damaged: Invalid group code
+( 11\n)3\.0 | \1x | 3 | is damaged: Invalid floating point
+(OBJECTS\n(?:.*\n){20}).*\n | \1 | 4 | is damaged
+(OBJECTS\n(?:.*\n){21})[^~]* | \1 | 4 | was cut off
+( 11\n3\.0\n)[^~]* | \1 | 2 | was cut off
+(OBJECTS\n(?:.*\n)+?)102\n\{.*\n((?:.*\n)*)  0\nENDSEC | \1\2 | 4 | is damaged
+"""
+
+# What is drawn, the last two arguments, and the reason.
+REFUSED = r"""
+ell() | letter.dxf | out.dxf | is no DXF file
+ell() | in.dxf | link.dxf | is the input
+ell() | in.dxf | . | is not a regular file
+ell() | in.dxf | protected.dxf | is write-protected
+space | in.dxf | out.dxf | in.dxf holds nothing to show.
+space.doc.layout("Layout1").add_point((0, 0)) | in.dxf | out.dxf | nothing to show but 1 entities in paper space
+block("A", "block('B', 'blockref(\"A\", (0, 0))')") | in.dxf | out.dxf | contains itself
+block("A", "ell()").grid((9999, 9999), (2, 2)) | in.dxf | out.dxf | more than 5,000,000 parts
+"""
+
+# Entities as small programs write them: an invisible line, and a face with a flag.
+ENTITIES = "0 LINE 8 0 60 1 11 4 21 5 31 6 0 3DFACE 8 0 70 15 11 4 21 0 12 4 22 4 13 0 23 4 0 ".replace(" ", "\n")
 
 
-def having(**attributes):
-    return {"dxfattribs": attributes}
+def block(space, name, content, place=(0, 0), **attributes):
+    """Inserts a block with the base point (1, 0), which is drawn where it is met first."""
+    if name not in space.doc.blocks:
+        draw(space.doc.blocks.new(name, base_point=(1, 0)), content)
+    return space.add_blockref(name, place, dxfattribs=attributes)
 
 
-def mesh(space):
+def ell(space, **attributes):
+    space.add_lwpolyline(ELL, dxfattribs=attributes)
+
+
+def text(space, content, place=(0, 0), align=Align.LEFT, height=10, **attributes):
+    space.add_text(content, dxfattribs={"height": height, **attributes}).set_placement(place, (40, 0), align)
+
+
+def mtext(space, content, **attributes):
+    space.add_mtext(content, dxfattribs={"char_height": 10, **attributes})
+
+
+def smoothed(space, polyline):
+    polyline.vertices[3].dxf.flags = 16  # of the spline's frame
+
+
+def tube(space, *closed):
+    made = space.add_polymesh((3, 4))
+    made.close(*closed)
+    for m, n in ((m, n) for m in range(3) for n in range(4)):
+        made.set_mesh_vertex((m, n), (m, *Vec3.from_deg_angle(90 * n).xyz[:2]))
+
+
+def mesh(space, faces):
     with space.add_mesh().edit_data() as data:
-        data.vertices, data.faces = [(x, y, 0) for x, y in U], [range(8), (0, 1, 8)]  # there is no vertex 8
+        data.vertices, data.faces = [(x, y, 0) for x, y in U], faces
 
 
-def polygon_mesh(space):
-    tube = space.add_polymesh((3, 4))
-    tube.n_close(True)
-    for m in range(3):
-        for n in range(4):
-            tube.set_mesh_vertex((m, n), (m, Vec3.from_deg_angle(90 * n).x, Vec3.from_deg_angle(90 * n).y))
+def hatch(space, edge, *values, **attributes):
+    paths = space.add_hatch(dxfattribs=attributes).paths
+    getattr(paths if "path" in edge else paths.add_edge_path(), "add_" + edge)(*values)
 
 
-def smoothed(space):
-    space.add_polyline2d([(0, 0), (1, 1), (9, 9), (2, 0)]).vertices[2].dxf.flags = 16  # of the spline's frame
+def body(space, *rings, curved=""):
+    """Draws a prism of height 2, with another in it as a hole. `curved` are its edges ("straight") or faces ("plane")."""
+    prisms = [forms.extrude(Vec3.list(ring), Vec3.list([(0, 0, 0), (0, 0, 2)]), caps=True) for ring in rings]
+    (made, *holes), solid = map(acis.body_from_mesh, prisms), space.add_3dsolid()
+    for face in made.lump.shells()[0].faces() if holes else ():
+        for hole in holes[0].lump.shells()[0].faces():
+            if face.surface.normal.z and face.surface.normal.isclose(hole.surface.normal):
+                face.append_loop(hole.loop)
+    acis.export_dxf(solid, [made])
+    solid.sat = [line.replace(curved + "-", "cone-") if curved else line for line in solid.sat]
 
 
-def hatch(space):
-    paths = space.add_hatch(**having(elevation=(0, 0, 3))).paths
-    paths.add_polyline_path([(0, 0), (4, 0), (4, 4)])
-    edges = paths.add_edge_path()
-    edges.add_arc((2, 6), 1, 0, 180)
-    edges.add_ellipse((2, 6), (2, 0), 0.5)
-    edges.add_spline(control_points=[(0, 4), (1, 4), (2, 4), (3, 4)], degree=3, knot_values=[0] * 4 + [1] * 4)
+class Pen(dict):
+    """The names in the cases: those of this file, and those of ezdxf without add_."""
+
+    def __init__(self, space):
+        super().__init__(globals(), space=space)
+        self.space = space
+        for function in (block, ell, text, mtext, smoothed, tube, mesh, hatch, body):
+            self[function.__name__] = functools.partial(function, space)
+
+    def __missing__(self, name):
+        if not hasattr(self.space, "add_" + name.lstrip("_")):
+            raise KeyError(name)
+        return functools.partial(self.add, getattr(self.space, "add_" + name.lstrip("_")))
+
+    def add(self, function, *values, **attributes):
+        own = {name: attributes.pop(name) for name in ("close", "format", "text") if name in attributes}
+        return function(*values, **own, **({"dxfattribs": attributes} if attributes else {}))
 
 
-def insert(space):
-    inner, outer = space.doc.blocks.new("INNER", base_point=(1, 0)), space.doc.blocks.new("OUTER")
-    inner.add_line((1, 0), (2, 0))
-    outer.add_blockref("INNER", (0, 0), **having(rotation=90, xscale=2))
-    outer.add_circle((0, 0, 1), 1)
-    array = space.add_blockref("OUTER", (0, 0), **having(xscale=3, zscale=-1)).grid((2, 3), (5, 7))
-    array.add_attrib("NUMBER", "1", (0, 0))
+def draw(space, content):
+    eval(content, {}, Pen(space))
 
 
-def dimension(space):
-    space.add_linear_dim((5, 3), (0, 0), (9, 0)).render()
+def cases(table):
+    return [[part.strip() for part in (line + " ").split(" | ")] for line in table.strip().splitlines()]
 
 
-def layers(space):
-    space.doc.layers.add("off").off()
-    space.doc.layers.add("frozen").freeze()
-    for name in ("0", "off", "frozen", "10", "31", "33", "5 8", "ENTITIES", "Wände"):
-        space.add_line((1, 2, 3), (4, 5, 6), **having(layer=name))
-        space.add_3dface([(1, 2, 3), (4, 5, 6), (7, 8, 0), (7, 8, 1)], **having(layer=name))
+def read(path):
+    """Returns the entities of a result as pairs of layer and corners."""
+    corners = {"POINT": lambda e: [e.dxf.location], "LINE": lambda e: [e.dxf.start, e.dxf.end]}
+    with open(path, encoding="utf-8") as file:
+        bare = re.search("\n ?[1-3][0-3]\n[^.\n]*\n", file.read().rpartition("\nENTITIES\n")[2].partition("ENDSEC")[0])
+    assert not bare, f"The number in {bare[0]!r} has no decimal point."
+    space = ezdxf.readfile(path).modelspace()
+    return [(e.dxf.layer, corners.get(e.dxftype(), lambda e: e.wcs_vertices())(e)) for e in space]
 
 
-# What draws a kind of entity; how many points, lines and faces it becomes; the least and the largest coordinates.
-KINDS = {
-    "POINT": (lambda s: s.add_point((1, 2, 3)), (1, 0, 0), (1, 2, 3), (1, 2, 3)),
-    "POINT, thick": (lambda s: s.add_point((1, 2, 3), **having(thickness=2)), (0, 1, 0), (1, 2, 3), (1, 2, 5)),
-    "LINE": (lambda s: s.add_line((0, 1e-7, 1e22), (1 / 3, 0, 0)), (0, 1, 0), (0, 0, 0), (1 / 3, 1e-7, 1e22)),
-    "LINE, thick": (lambda s: s.add_line((0, 0), (1, 1), **having(thickness=2)), (0, 0, 1), (0, 0, 0), (1, 1, 2)),
-    "3DFACE": (lambda s: s.add_3dface([(0, 0, 1), (4, 0), (4, 3)]), (0, 0, 1), (0, 0, 0), (4, 3, 1)),
-    "3DFACE, hidden edges": (lambda s: s.add_3dface(SQUARE, **having(invisible=15)), (0, 0, 1), (0, 0, 0), (4, 4, 0)),
-    "3DFACE, concave": (lambda s: s.add_3dface([(0, 0), (4, 0), (1, 1), (0, 4)]), (0, 0, 2), (0, 0, 0), (4, 4, 0)),
-    "SOLID, thick": (lambda s: s.add_solid(BOW, **having(thickness=4)), (0, 0, 6), (0, 0, 0), (4, 4, 4)),
-    "TRACE from below": (lambda s: s.add_trace(BOW, **having(extrusion=(0, 0, -1))), (0, 0, 1), (-4, 0, 0), (0, 4, 0)),
-    "LWPOLYLINE": (lambda s: s.add_lwpolyline(SQUARE, close=True), (0, 4, 0), (0, 0, 0), (4, 4, 0)),
-    "LWPOLYLINE, round": (lambda s: s.add_lwpolyline([(0, 0, 1), (2, 0, 0)], "xyb"), (0, 25, 0), (0, -1, 0), (2, 0, 0)),
-    "LWPOLYLINE, almost straight": (lambda s: s.add_lwpolyline(ALMOST, "xyb"), (0, 1, 0), (0, 0, 0), (8, 0, 0)),
-    "LWPOLYLINE, wide": (lambda s: s.add_lwpolyline([(0, 0, 2, 2, 1e-15), (8, 0)]), (0, 0, 1), (0, -1, 0), (8, 1, 0)),
-    "LWPOLYLINE, wide and round": (lambda s: s.add_lwpolyline(DISC, "xyseb"), (0, 0, 28), (-1, -2, 0), (3, 0, 0)),
-    "POLYLINE in 2D": (lambda s: s.add_polyline2d(SQUARE, close=True), (0, 4, 0), (0, 0, 0), (4, 4, 0)),
-    "POLYLINE, smoothed": (smoothed, (0, 2, 0), (0, 0, 0), (2, 1, 0)),
-    "POLYLINE in 3D": (lambda s: s.add_polyline3d([(0, 0, 1), (1, 2, 3), (4, 4, 4)]), (0, 2, 0), (0, 0, 1), (4, 4, 4)),
-    "polygon mesh, closed": (polygon_mesh, (0, 0, 8), (0, -1, -1), (2, 1, 1)),
-    "polyface mesh": (lambda s: forms.cube().render_polyface(s), (0, 0, 6), (-0.5, -0.5, -0.5), (0.5, 0.5, 0.5)),
-    "MESH": (mesh, (0, 0, 6), (0, 0, 0), (4, 3, 0)),
-    "CIRCLE": (lambda s: s.add_circle((0, 0), 1), (0, 52, 0), (-1, -1, 0), (1, 1, 0)),
-    "ARC": (lambda s: s.add_arc((0, 0), 1, 270, 90), (0, 25, 0), (0, -1, 0), (1, 1, 0)),
-    "ELLIPSE": (lambda s: s.add_ellipse((0, 0, 1), (0, 2), 0.5), (0, 52, 0), (-1, -2, 1), (1, 2, 1)),
-    "SPLINE": (lambda s: s.add_open_spline([(0, 0), (0, 1), (2, 1), (2, 0)]), (0, 48, 0), (0, 0, 0), (2, 0.75, 0)),
-    "HELIX": (lambda s: s.add_helix(2, 1, 2), (0, 256, 0), (-2, -2, 0), (2, 2, 2)),
-    "HATCH": (hatch, (0, 59, 0), (0, 0, 3), (4, 7, 3)),
-    "INSERT": (insert, (0, 174, 0), (-3, -1, -1), (17, 7, 0)),
-    "DIMENSION": (dimension, (0, 3, 2), (-0.1, 0.125, 0), (9.1, 3.375, 0)),
-    "LEADER": (lambda s: s.add_leader([(0, 0), (5, 3), (9, 3)]), (0, 2, 1), (0, 0, 0), (9, 3, 0)),
-    "layers": (layers, (0, 7, 7), (1, 2, 0), (7, 8, 6)),
-}
+def summary(parts):
+    """Tells how many parts there are, their length and area, and from where to where they are."""
+    said = []
+    for name, numbers, measure in (("point", (1,), None), ("line", (2,), length), ("face", (3, 4), area)):
+        some = [corners for _, corners in parts if len(corners) in numbers]
+        of = f" of {sum(map(measure, some)):.4g}" if measure else ""
+        said += [f"{len(some)} {name}{'s' * (len(some) > 1)}{of}"] if some else []
+    axes = list(zip(*(corner.xyz for _, corners in parts for corner in corners)))
+    return ", ".join(said + [" to ".join(" ".join(f"{round(end(axis), 2) + 0.0:g}" for axis in axes) for end in (min, max))])
 
 
-def endless_array(space):
-    space.doc.blocks.new("A").add_line((0, 0), (1, 1))
-    space.add_blockref("A", (0, 0)).grid((9999, 9999), (2, 2))
+def length(corners):
+    return corners[0].distance(corners[1])
 
 
-def recursive(space):
-    space.doc.blocks.new("A").add_blockref("A", (1, 1))
-    space.add_blockref("A", (0, 0))
-
-
-# What is drawn, the arguments, and what the program says.
-REFUSED = [
-    (lambda space: space.add_text("Dear reader"), ("in.dxf", "out.dxf"), "holds nothing to show"),
-    (endless_array, ("in.dxf", "out.dxf"), "more than 5,000,000 parts"),
-    (recursive, ("in.dxf", "out.dxf"), 'The block "A" contains itself.'),
-    (mesh, ("in.dxf", "./in.dxf"), "is the input"),
-    (mesh, ("in.dxf", "."), "is not a regular file"),
-    (mesh, ("letter.dxf", "out.dxf"), "is no DXF file"),
-    (mesh, ("nowhere.dxf", "out.dxf"), "No such file"),
-]
+def area(corners):
+    return sum((b - corners[0]).cross(c - corners[0]).magnitude for b, c in zip(corners[1:], corners[2:])) / 2
 
 
 class Explode(unittest.TestCase):
@@ -138,128 +256,162 @@ class Explode(unittest.TestCase):
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(folder.name)
 
-    def run_program(self, *arguments, **environment):
-        command = [os.environ["EXPLODE"], *arguments]
-        return subprocess.run(command, capture_output=True, text=True, env={**os.environ, **environment})
+    def write(self, name, content):
+        with open(name, "w", encoding="utf-8") as file:
+            file.write(content)
 
-    def write(self, name, text):
-        with open(name, "w", encoding="ascii") as file:
-            file.write(text)
-
-    def draw(self, draw, version="R2010", form="asc"):
+    def draw(self, content, version="R2010", form="asc"):
         document = ezdxf.new(version, setup=True)
-        draw(document.modelspace())
+        document.layers.add("off").off()
+        document.layers.add("frozen").freeze()
+        draw(document.modelspace(), content)
         document.saveas("in.dxf", fmt=form)
 
-    def explode(self, *options):
-        """Returns the entities that the program makes of in.dxf, the lines about them in the file, and its message."""
-        sys.argv[1:] = *options, "in.dxf", "out.dxf"
-        with contextlib.redirect_stderr(io.StringIO()) as messages:
-            runpy.run_path(os.environ["EXPLODE"])
-        result = ezdxf.readfile("out.dxf")
-        self.assertEqual([problem.message for problem in result.audit().errors], [])
-        with open("out.dxf", encoding="utf-8") as file:
-            section = file.read().partition("  2\nENTITIES\n")[2].partition("ENDSEC")[0]
-        return result.modelspace(), section.splitlines(), messages.getvalue()
+    def explode(self, *options, names=("in.dxf", "out.dxf")):
+        """Returns the status of the program, the parts in its result, and what it says."""
+        before = os.dup(2)
+        with tempfile.TemporaryFile() as messages:
+            os.dup2(messages.fileno(), 2)
+            try:
+                status = main([*options, *names])
+            finally:
+                os.dup2(before, 2)
+                os.close(before)
+            messages.seek(0)
+            return status, [] if status else read(names[1]), messages.read().decode().replace("tolmera-explode: ", "")
 
-    def test_kinds(self):
-        for name, (draw, counts, *extents) in KINDS.items():
-            with self.subTest(name):
-                self.draw(draw)
-                entities, lines, _ = self.explode()
-                types = collections.Counter(entity.dxftype() for entity in entities)
-                self.assertEqual((types["POINT"], types["LINE"], types["3DFACE"], len(types)), (*counts, len(+types)))
-                allowed = 1e-3 * max(high - low for low, high in zip(*extents))
-                for axis, low, high in zip("123", *extents):
-                    values = [value for code, value in zip(lines[::2], lines[1::2]) if re.match(f" {axis}[0-3]$", code)]
-                    self.assertEqual([value for value in values if "." not in value], [])
-                    self.assertAlmostEqual(min(map(float, values)), low, delta=allowed)
-                    self.assertAlmostEqual(max(map(float, values)), high, delta=allowed)
-
-    def test_versions(self):
-        for version, form in zip(("R12", "R2000", "R2004", "R2007", "R2010", "R2013", "R2018"), ("asc", "bin") * 4):
-            with self.subTest(version):
-                self.draw(insert, version, form)
-                self.assertEqual(len(self.explode()[0]), sum(KINDS["INSERT"][1]))
+    def test_shapes(self):
+        for content, wanted in cases(SHAPES):
+            with self.subTest(content):
+                self.draw(content)
+                _, parts, message = self.explode()
+                self.assertEqual(message.partition("\n")[0] or summary(parts), wanted)
 
     def test_layers(self):
-        self.draw(layers)
-        entities, lines, _ = self.explode()
-        self.assertEqual({entity.dxf.layer for entity in entities}, {"0", "10", "31", "33", "5 8", "ENTITIES", "Wände"})
-        handles = [value for code, value in zip(lines[::2], lines[1::2]) if code == "  5"]
-        self.assertEqual((len(set(handles)), [handle for handle in handles if handle.isdigit()]), (14, []))
-        self.assertEqual(len(self.explode("--all")[0]), 18)
+        for content, wanted in cases(LAYERS):
+            with self.subTest(content):
+                self.draw(content)
+                _, parts, message = self.explode()
+                hidden = re.sub("(?s).* but ([0-9]+) entities that are invisible.*", r"hidden: \1", message)
+                self.assertEqual(hidden or " ".join({layer for layer, _ in parts}), wanted)
+                self.assertTrue(self.explode("--all")[1], "with --all")
 
-    def test_export(self):
-        """A drawing of nothing but entities, as small programs write it, whole and cut off."""
-        line = "0 LINE 8 0 60 1 10 1 20 2 30 3 11 4 21 5 31 6 "
-        face = "0 3DFACE 8 0 70 15 10 0 20 0 30 0 11 4 21 0 31 0 12 4 22 4 32 0 13 0 23 4 33 0 "
-        for end in ("0 LINE 8 0 10 1 20 2 30 3 11 4 2", "0 ENDSEC 0 EOF "):
-            self.write("in.dxf", f"0 SECTION 2 ENTITIES 0 UNKNOWN 8 0 {line}{face}{end}".replace(" ", "\n"))
-            entities, lines, message = self.explode()
-            self.assertEqual([entity.dxftype() for entity in entities], ["3DFACE"], end)
-            self.assertIn("12,4.0,22,4.0,32,0.0,13,0.0,23,4.0,33,0.0", ",".join(map(str.strip, lines)), end)
-        self.assertIn("1 UNKNOWN", message)
+    def test_fits(self):
+        for content, wanted in cases(FITS):
+            with self.subTest(content):
+                self.draw(content)
+                self.assertEqual(summary(self.explode("--auto-fit")[1]), wanted)
 
     def test_options(self):
-        self.draw(lambda space: space.add_lwpolyline([(1e6, 0), (1e6, 2)]))
-        (line,), _, message = self.explode("--fit")
-        self.assertEqual((line.dxf.start, line.dxf.end), (Vec3(0, -100, 0), Vec3(0, 100, 0)))
-        self.assertIn("moved by (-1000000.0, -1.0, 0.0), then scaled by 100.0", message)
-        self.draw(lambda space: space.add_circle((0, 0), 1))
-        self.assertEqual(len(self.explode("--tolerance", "0.2")[0]), 8)
-        self.assertIn(os.environ["VERSION"], self.run_program("--version").stdout)
-        self.assertEqual(self.run_program("in.dxf", "-").stdout.count("AcDbLine\n"), 52)
+        self.draw("line((9, 0), (9, 2))")
+        self.assertEqual(self.explode("--fit")[2], "fitted: moved by (-9.0, -1.0, 0.0), then scaled by 100.0\n")
+        self.draw("text('H'), circle((450000, 5600000), 0.5)")
+        _, parts, _ = self.explode("--no-text", "--tolerance", "0.001")
+        away = [0.5 - a.lerp(b).distance((450000, 5600000)) for _, (a, b) in parts]
+        self.assertTrue(0.0005 < max(away) < 0.001, away)
 
-    def test_view(self):
-        self.write("tolmera", '#!/bin/sh\necho "$1"; grep -c AcDbFace "$1"')
-        os.chmod("tolmera", 0o755)
-        self.draw(mesh)
-        os.rename("in.dxf", b"caf\xe9.dxf")  # Latin 1
-        opened, faces = self.run_program("--view", b"caf\xe9.dxf", PATH=".:" + os.environ["PATH"]).stdout.split()
-        self.assertEqual((os.path.basename(opened), faces, os.path.exists(opened)), ("caf_.dxf", "6", False))
-        self.assertIn("zenity", self.run_program("--view", "--dialog", PATH=".").stderr)
+    def test_versions(self):
+        for version, form in zip(("R2000", "R2004", "R2007", "R2010", "R2013", "R2018", "R12"), ("asc", "bin") * 4):
+            with self.subTest(version, form=form):
+                self.draw("block('A', 'circle((0, 0), 9)')" + (", body(U)" if version > "R2" else ""), version, form)
+                wanted = "52 lines of 56.51, " + ("20 faces of 52, " if version > "R2" else "") + "-10 -9 0 to 8 9 "
+                self.assertEqual(summary(self.explode()[1]), wanted + ("2" if version > "R2" else "0"))
+
+    def test_names_and_colors(self):
+        names = ["30", "31", "5 8", "5%8", "Wände", "ENTITIES"]
+        self.draw(", ".join(f"line((1, 2, 3), (4, 5, 6), layer={name!r})" for name in names))
+        document = ezdxf.readfile("in.dxf")
+        document.layers.add("Wände", color=3).off()
+        document.saveas("in.dxf")
+        self.assertEqual(self.explode("--all")[1], [(name, [(1, 2, 3), (4, 5, 6)]) for name in names])
+        result = ezdxf.readfile("out.dxf")
+        self.assertEqual([problem.message for problem in result.audit().errors], [])
+        self.assertEqual(result.layers.get("Wände").color, 3)
+        self.assertEqual((result.header["$EXTMIN"], result.header["$EXTMAX"]), ((1, 2, 3), (4, 5, 6)))
+        with open("out.dxf", encoding="utf-8") as file:
+            for line in file.read().partition("  2\nENTITIES\n")[2].split("  0\n")[1:7]:
+                handle, name, code, value = (line.split("\n")[i] for i in (2, 6, -3, -2))
+                self.assertFalse(handle.isdigit() or code.strip() in name or "." not in value, line)
+
+    def test_damaged(self):
+        for pattern, replacement, left, said in cases(DAMAGED):
+            with self.subTest(pattern):
+                self.draw("line((0, 0), (1, 0)), line((0, 0), (2, 0)), line((0, 0), (3, 0)), block('A', 'line((0, 0), (4, 0))')")
+                with open("in.dxf", encoding="utf-8") as file:
+                    self.write("in.dxf", re.sub(pattern, replacement, file.read(), count=1))
+                _, parts, message = self.explode()
+                self.assertEqual((len(parts), said in message), (int(left), True), message)
 
     def test_refused(self):
-        for draw, names, message in REFUSED:
-            with self.subTest(message):
-                self.draw(draw)
-                self.write("letter.dxf", "Dear reader")
+        self.write("letter.dxf", "Dear reader")
+        self.write("protected.dxf", "Dear reader")
+        os.chmod("protected.dxf", 0o444)
+        os.chmod(".", 0o777)
+        os.symlink("in.dxf", "link.dxf")
+        for content, *names, reason in cases(REFUSED):
+            with self.subTest(reason):
+                self.draw(content)
                 before = sorted(os.listdir())
-                done = self.run_program(*names)
-                self.assertIn(message, done.stderr)
-                self.assertEqual((done.returncode, sorted(os.listdir())), (1, before))
+                os.seteuid(os.getuid() or 65534)  # to root nothing is protected
+                try:
+                    status, _, message = self.explode(names=names)
+                finally:
+                    os.seteuid(os.getuid())
+                self.assertEqual((status, reason in message, sorted(os.listdir())), (1, True, before), message)
 
-    def test_without_library(self):
+    def test_messages(self):
+        names = ["\x1b[2J" + "x" * 99] * 3 + [f"N{i}" for i in range(20)]
+        left_out = r"left out: 3 \?\[2Jx{36}(, 1 N[0-9]+){9}, 11 of other types\n$"
+        for end, said in (("LINE\n8\n0\n1", "in.dxf was cut off, and is shown as far as it goes"), ("EOF\n", left_out)):
+            entities = "".join(f"0\n{name}\n8\n0\n" for name in names) + ENTITIES + end
+            self.write("in.dxf", "0\nSECTION\n2\nENTITIES\n" + entities.replace("0\nEOF", "0\nENDSEC\n0\nEOF"))
+            _, parts, message = self.explode()
+            self.assertEqual(summary(parts), "1 face of 16, 0 0 0 to 4 4 0")
+            self.assertRegex(message, "^" + said)
+
+    def test_output(self):
+        """What is replaced keeps its permissions and its place, whatever the length of its name."""
+        self.draw("ell()")
+        name = "n" * 250
+        self.write(name, "")
+        os.chmod(name, 0o640)
+        os.symlink(name, "link.dxf")
+        self.assertEqual(len(self.explode(names=("in.dxf", "link.dxf"))[1]), 2)
+        self.assertEqual((os.path.islink("link.dxf"), os.stat(name).st_mode & 0o777), (True, 0o640))
+        self.assertEqual(sorted(os.listdir()), ["in.dxf", "link.dxf", name])
+
+    def run_program(self, *arguments, shell="", **environment):
+        """Runs the program as a user does, `shell` being redirections."""
+        command = ["sh", "-c", f'exec "$0" "$@" {shell}', os.environ["EXPLODE"], *arguments]
+        return subprocess.run(command, capture_output=True, text=True, env={**os.environ, "HOME": os.getcwd(), **environment})
+
+    def test_surroundings(self):
+        self.draw("ell(), text('H')")
+        self.write("ezdxf.ini", "[broken")
+        before = sorted(os.listdir())
+        for shell in ("2>&-", "2>/dev/full", ""):
+            done = self.run_program("in.dxf", "-", shell=shell)
+            self.assertEqual((done.returncode, done.stdout.count("AcDbLine\n"), done.stderr), (0, 14, ""), shell)
+        done = self.run_program("in.dxf", "-", shell=">&-")
+        self.assertEqual((done.returncode, done.stderr), (1, "tolmera-explode: Standard output is closed.\n"))
+        self.assertEqual(sorted(os.listdir()), before)
+        self.assertIn(os.environ["VERSION"], self.run_program("--version").stdout)
+        self.assertEqual(self.run_program("--tolerance", "0", "in.dxf", "-").returncode, 2)
         self.write("ezdxf.py", "raise ImportError(name='ezdxf')")
         done = self.run_program("in.dxf", "out.dxf", PYTHONPATH=".")
-        self.assertIn("Install the package python3-ezdxf", done.stderr)
-        self.assertEqual(done.returncode, 1)
+        self.assertEqual((done.returncode, "Install the package python3-ezdxf" in done.stderr), (1, True), done.stderr)
 
-    def test_picture(self):
-        """Boxes from a block look like the same boxes as faces, on layers whose names look like group codes."""
-
-        def boxes(space):
-            space.doc.blocks.new("BOX").add_solid(BOW, **having(thickness=4))
-            space.add_blockref("BOX", (-6, -6), **having(layer="33")).grid((2, 2), (8, 8))
-            space.add_line((-8, -8, -8), (8, 8, 8), **having(layer="31"))
-
-        def faces(space):
-            space.add_line((-8, -8, -8), (8, 8, 8))
-            for x, y in ((-6, -6), (2, -6), (-6, 2), (2, 2)):
-                for corners in forms.cube(center=False).scale_uniform(4).translate(x, y).faces_as_vertices():
-                    space.add_3dface(corners)
-
-        self.draw(boxes)
-        self.explode()
-        self.draw(faces)
-        for name in ("in", "out"):
-            subprocess.run([os.environ["PREVIEW"], "-s", "128", name + ".dxf", name + ".png"], check=True)
-        different = ["compare", "-metric", "AE", "in.png", "out.png", "null:"]
-        self.assertEqual(subprocess.run(different, stderr=subprocess.PIPE, text=True).stderr, "0")
-        colors = subprocess.run(["identify", "-format", "%k", "out.png"], stdout=subprocess.PIPE, text=True).stdout
-        self.assertGreater(int(colors), 3)
+    def test_progress_and_interruption(self):
+        self.draw("block('A', 'ell(), circle((0, 0), 1)').grid((200, 200), (5, 5))")
+        command = [os.environ["EXPLODE"], "--progress", "in.dxf", "out.dxf"]
+        with subprocess.Popen(command, stderr=subprocess.PIPE, text=True) as child:
+            while os.listdir() == ["in.dxf"] and child.poll() is None:
+                time.sleep(0.01)
+            child.send_signal(signal.SIGTERM)
+            self.assertRegex(child.stderr.read(), "^(progress: [0-9]+\n)+tolmera-explode: It was interrupted.\n$")
+        self.assertEqual((child.returncode, os.listdir()), (1, ["in.dxf"]))
 
 
 sys.path.append(os.path.dirname(os.environ["EXPLODE"]))  # its modules
+main = runpy.run_path(os.environ["EXPLODE"])["main"]
 unittest.main()
