@@ -49,7 +49,7 @@ def read(path: str, progress: Progress) -> Read:
         if isinstance(problem, OSError) and problem.errno:
             raise
         reason = " ".join(str(problem).split()) or type(problem).__name__
-    damaged = f"{path} is damaged: {reason}"
+    damaged = f"{path} is damaged, and is shown as far as it can be read: {reason}"
     for last in () if binary else (b"", b"OBJECTS"):
         records, remark = mend(path, last)
         try:
@@ -58,7 +58,7 @@ def read(path: str, progress: Progress) -> Read:
             raise
         except Exception:
             continue
-    raise Refused(damaged)
+    raise Refused(f"{path} is damaged: {reason}")
 
 
 def mend(path: str, last: bytes) -> tuple[list[bytes], Optional[str]]:

@@ -115,14 +115,14 @@ line((0, 0, 1), (0, 0, -9)) | 1 line of 200, 0 0 -100 to 0 0 100
 
 # A pattern in a drawing of three lines and a block, what replaces it, how many lines are left, and what is said.
 DAMAGED = r"""
-(\$HANDSEED\n) *5 | \1five | 4 | is damaged: Invalid group code "five "
-(LTYPE(?:.*\n)+? 40\n).* | \1x | 4 | is damaged: Invalid tag
-(LTYPE\n.*\n).*\n | \1 | 4 | is damaged: Invalid group code
-( 11\n)3\.0 | \1x | 3 | is damaged: Invalid floating point
-(OBJECTS\n(?:.*\n){20}).*\n | \1 | 4 | is damaged
+(\$HANDSEED\n) *5 | \1five | 4 | can be read: Invalid group code "five "
+(LTYPE(?:.*\n)+? 40\n).* | \1x | 4 | can be read: Invalid tag
+(LTYPE\n.*\n).*\n | \1 | 4 | can be read: Invalid group code
+( 11\n)3\.0 | \1x | 3 | can be read: Invalid floating point
+(OBJECTS\n(?:.*\n){20}).*\n | \1 | 4 | can be read
 (OBJECTS\n(?:.*\n){21})[^~]* | \1 | 4 | was cut off
 ( 11\n3\.0\n)[^~]* | \1 | 2 | was cut off
-(OBJECTS\n(?:.*\n)+?)102\n\{.*\n((?:.*\n)*)  0\nENDSEC | \1\2 | 4 | is damaged
+(OBJECTS\n(?:.*\n)+?)102\n\{.*\n((?:.*\n)*)  0\nENDSEC | \1\2 | 4 | can be read
 """
 
 # What is drawn, the last two arguments, and the reason.
