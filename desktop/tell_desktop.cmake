@@ -1,5 +1,5 @@
-# Refreshes the databases that desktops look into, where `files` were installed or removed and the tools exist. Leaves a
-# staged installation, one with DESTDIR, to whoever unpacks it.
+# Updates the desktop's databases after `files` were installed or removed. Leaves a staged installation (DESTDIR) to
+# whoever unpacks it.
 if("$ENV{DESTDIR}" STREQUAL "")
   foreach(file IN LISTS files)
     if(file MATCHES "^(.*/applications)/")

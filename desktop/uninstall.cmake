@@ -1,4 +1,4 @@
-# Removes the files of the installation's `manifest`, and the `noted_folders` that nothing else has come to use.
+# Removes the files of the installation's `manifest`, then the folders that only Tolmera uses, if they are empty.
 if(NOT EXISTS "${manifest}")
   message(FATAL_ERROR "Nothing has been installed from this folder.")
 endif()
@@ -6,18 +6,10 @@ file(STRINGS "${manifest}" files)
 foreach(file IN LISTS files)
   file(REMOVE "$ENV{DESTDIR}${file}")
 endforeach()
-
-set(folders)
-if(EXISTS "${noted_folders}")
-  file(STRINGS "${noted_folders}" folders)
-endif()
-list(SORT folders ORDER DESCENDING)
-foreach(folder IN LISTS folders)
-  file(GLOB left RELATIVE "${folder}" "${folder}/*")
-  if(left MATCHES "^(mimeinfo|icon-theme)\\.cache$") # of the desktop's databases
-    file(REMOVE "${folder}/${left}")
+foreach(file IN LISTS files)
+  if(file MATCHES "^(.*/share/(doc/)?tolmera)/")
+    execute_process(COMMAND find "$ENV{DESTDIR}${CMAKE_MATCH_1}" -type d -empty -delete ERROR_QUIET)
   endif()
-  execute_process(COMMAND rmdir "${folder}" ERROR_QUIET)
 endforeach()
 include(${CMAKE_CURRENT_LIST_DIR}/tell_desktop.cmake)
-file(REMOVE "${manifest}" "${noted_folders}")
+file(REMOVE "${manifest}")
