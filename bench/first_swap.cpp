@@ -1,5 +1,5 @@
-// A library to preload into a viewer: when that has swapped OpenGL's buffers for the first time, it writes a byte to
-// file descriptor 3 and ends the program.
+// A library to preload into a viewer: after the first swap of OpenGL's buffers it writes a byte to file descriptor 3
+// and ends the viewer.
 
 #include <GL/glx.h>
 

@@ -1,5 +1,5 @@
-// The other readers of DXF files, each at its least work: Assimp's faces pass through no post-processing, dxflib's are
-// only counted.
+// Other readers of DXF files, with as little work as possible: Assimp's faces get no post-processing, dxflib's are only
+// counted.
 #pragma once
 
 #include <assimp/Importer.hpp>

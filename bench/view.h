@@ -1,5 +1,5 @@
-// A drawing window with its repaint and its pick open to be measured, and the limit of a repaint: the same OpenGL
-// calls, sent from one flat array and by nothing else.
+// Measures the repaint and the pick of a drawing window, and a bare loop that sends the same OpenGL calls from one flat
+// array.
 #pragma once
 
 #include "Drawing/OwnedEntities.h"
