@@ -276,18 +276,13 @@ void MyMainWindow::open_dxf()
     QApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
     statusBar()->showMessage(tr("Loading DXF file..."));
     const QPointer<MyGlMDIChild> child = createMyGlMDIChild(); // null if it is deleted while a warning is open
-    const bool is_loaded = child->loadFile(fileName);
-    if (child == nullptr) {
-        QApplication::restoreOverrideCursor();
-        return;
-    }
-    if (is_loaded) {
+    if (child->loadFile(fileName) && !child.isNull()) {
         statusBar()->showMessage(tr("File loaded"), 2000);
         child->show();
         if (ogl_version.isEmpty())
             ogl_version = child->version_of_OpenGL();
         current_dxf_file_dir = child->tell_file_path();
-    } else {
+    } else if (!child.isNull()) {
         discard(child);
         QApplication::restoreOverrideCursor();
         warn(this, windowTitle() + " : Warning ",
@@ -302,11 +297,11 @@ bool MyMainWindow::open_dxf(QString fileName)
         return false;
 
     const QPointer<MyGlMDIChild> child = createMyGlMDIChild(); // null if it is deleted while a warning is open
-    const bool ret_val = child->loadFile(fileName) && child != nullptr;
+    const bool ret_val = child->loadFile(fileName) && !child.isNull();
     if (ret_val) {
         child->show();
         current_dxf_file_dir = child->tell_file_path();
-    } else if (child != nullptr) {
+    } else if (!child.isNull()) {
         discard(child);
         warn(this, windowTitle() + " : Warning ",
              "<br />Error reading of file:<br />&#8220;" + rich_name(fileName) + "&#8221;<br /><hr />");
