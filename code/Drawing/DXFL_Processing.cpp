@@ -2,7 +2,6 @@
 
 #include "DXFL_Processing.h"
 
-#include "GroupCodes.h"
 #include "LineReader.h"
 #include "Number.h"
 
@@ -155,13 +154,13 @@ bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& 
         return false;
 
     LineReader lines(a_file.get());
-    GroupCodes group_codes(&DXFL_Processing::is_tag_string);
+    GroupCodes codes = group_codes();
     bool is_entity_section = false;
     OpenEntity entity;
     Codes line_codes = 0;
 
     for (Line line; lines.next(line);) {
-        const Codes previous_codes = std::exchange(line_codes, group_codes.denoted_by(line));
+        const Codes previous_codes = std::exchange(line_codes, codes.denoted_by(line));
         if (!is_entity_section) {
             is_entity_section = (previous_codes & code_2) != 0 && contains(line.text, "ENTITIES");
             continue;

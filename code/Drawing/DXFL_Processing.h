@@ -3,6 +3,7 @@
 #pragma once
 
 #include "DraftEntity.h"
+#include "GroupCodes.h"
 
 #include <list>
 #include <string>
@@ -31,6 +32,9 @@ public:
     /// is ignored, unless an axis or all of them hold nothing else: that axis or the limit is NaN then.
     bool get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect3d& min_pnt, DRVect3d& max_pnt,
                       double& dlimit) const;
+
+    /// What tells the group codes that a line denotes to the reader.
+    static GroupCodes group_codes() { return GroupCodes(&DXFL_Processing::is_tag_string); }
 
 private:
     int file_status = 0;

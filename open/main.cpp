@@ -1,0 +1,72 @@
+// Opens any drawing. One that the viewer shows as it is meant becomes the viewer's at once, before Qt is started. For
+// any other one a child process has a copy made and shows it; this process only waits, to remove the copy whatever
+// becomes of the child.
+
+#include "Judge.h"
+#include "Opening.h"
+#include "Programs.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// Runs the viewer in place of this program. Returns where there is none.
+void become_viewer(const char* file)
+{
+    const std::string viewer = program("tolmera");
+    ::execlp(viewer.c_str(), "tolmera", file, nullptr);
+}
+
+/// A private folder, or an empty path.
+std::string make_folder()
+{
+    std::error_code error;
+    std::string folder = std::filesystem::temp_directory_path(error) / "tolmera-XXXXXX";
+    return ::mkdtemp(folder.data()) != nullptr ? folder : "";
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::string file = argc > 1 ? argv[1] : "";
+    if (file[0] == '-')
+        file.insert(0, "./"); // no option of the other programs
+    const Look look = look_of(file.c_str());
+    if (argc < 2 || (look == Look::AsMeant && is_name_for_viewer(file)))
+        become_viewer(argc < 2 ? nullptr : file.c_str());
+
+    // The signals that end a program are taken from the queue, so that none comes between two steps.
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD})
+        ::sigaddset(&signals, number);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    std::signal(SIGCHLD, SIG_DFL); // it may have been ignored, and would not come then
+
+    const std::string folder = make_folder();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+        return show(argc, argv, file, folder, look);
+    }
+    int status = EXIT_FAILURE;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        int number = 0;
+        ::sigwait(&signals, &number);
+        if (number != SIGCHLD)
+            ::kill(child, SIGTERM);
+    }
+    std::error_code error;
+    std::filesystem::remove_all(folder, error);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE;
+}
