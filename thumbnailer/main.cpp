@@ -1,5 +1,11 @@
-// The thumbnailer: a drawing in, its picture out as PNG, for file managers. A child process draws and this one waits
-// for it, so that every input gets a picture or a reason within bounds of time and memory.
+// The thumbnailer: a drawing in, its picture out as PNG, for file managers. Every input gets a picture or a reason
+// within bounds of time and memory.
+
+#include "Drawing/DXFL_Processing.h"
+#include "Drawing/OwnedEntities.h"
+#include "Judge.h"
+#include "Preview.h"
+#include "Programs.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -7,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,16 +22,13 @@
 #include <string_view>
 
 #include <fcntl.h>
-#include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "Drawing/DXFL_Processing.h"
-#include "Drawing/OwnedEntities.h"
-#include "Preview.h"
 
 namespace
 {
@@ -34,7 +36,8 @@ namespace
 constexpr int largest_picture = 1024; // pixels a side, as the largest thumbnails of freedesktop.org
 constexpr off_t largest_file = off_t{256} << 20;
 constexpr rlim_t most_memory = rlim_t{1280} << 20; // bytes of data, that is without code and files
-constexpr std::chrono::milliseconds time_to_draw{7500};
+constexpr int milliseconds_to_explode = 5500;
+constexpr int milliseconds_to_draw = 7500; // with exploding
 
 [[noreturn]] void fail(const std::string& problem)
 {
@@ -42,12 +45,19 @@ constexpr std::chrono::milliseconds time_to_draw{7500};
     std::_Exit(EXIT_FAILURE);
 }
 
-int picture_size(std::string_view text)
+[[noreturn]] void fail_in_time(int /*signal*/)
 {
-    int size = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, size);
-    return error == std::errc() && stop == end && size <= largest_picture ? size : 0;
+    constexpr std::string_view text =
+        "tolmera-thumbnailer: the drawing is too large: it cannot be drawn within 8 seconds\n";
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    ::_exit(EXIT_FAILURE);
+}
+
+/// Sets the time until SIGALRM comes; 0 takes it back.
+void bound_time(int milliseconds)
+{
+    const itimerval time = {{}, {milliseconds / 1000, milliseconds % 1000 * 1000}};
+    ::setitimer(ITIMER_REAL, &time, nullptr);
 }
 
 void bound_memory()
@@ -60,6 +70,34 @@ void bound_memory()
 #endif
 }
 
+int picture_size(std::string_view text)
+{
+    int size = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, size);
+    return error == std::errc() && stop == end && size <= largest_picture ? size : 0;
+}
+
+/// Has tolmera-explode write points, lines and faces into memory, and returns the path of that; the file's own path
+/// where this fails or takes too long.
+std::string exploded(const char* file)
+{
+    const int memory = ::memfd_create("drawing", 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        std::signal(SIGALRM, SIG_DFL);
+        bound_time(milliseconds_to_explode);
+        ::dup2(memory, STDOUT_FILENO);
+        const std::string explode = program("tolmera-explode");
+        ::execlp(explode.c_str(), "tolmera-explode", "--", file, "-", nullptr);
+        ::_exit(EXIT_FAILURE);
+    }
+    int status = EXIT_FAILURE;
+    ::waitpid(child, &status, 0);
+    return status == 0 ? "/proc/self/fd/" + std::to_string(memory) : file;
+}
+
 QByteArray picture_of(const char* file, int size)
 {
     struct stat facts = {};
@@ -67,7 +105,7 @@ QByteArray picture_of(const char* file, int size)
         fail("the file is too large: it holds more than 256 MiB");
 
     OwnedEntities drawing;
-    const DXFL_Processing reader(file, drawing.list);
+    const DXFL_Processing reader(look_of(file) == Look::Wrong ? exploded(file) : file, drawing.list);
     if (reader.get_file_status() != 0)
         fail("the file cannot be read");
     if (drawing.list.empty())
@@ -85,60 +123,9 @@ QByteArray picture_of(const char* file, int size)
     return png.data();
 }
 
-/// The child's whole life: the picture goes into the pipe, or a reason to standard error.
-[[noreturn]] void draw_into(int pipe, const char* file, int size)
-{
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL); // where the parent ends, nobody wants the picture any more
-    bound_memory();
-    const QByteArray png = picture_of(file, size);
-    const bool sent = ::write(pipe, png.constData(), static_cast<size_t>(png.size())) == png.size();
-    std::_Exit(sent ? EXIT_SUCCESS : EXIT_FAILURE);
-}
-
-/// Appends what arrives from the pipe until the child closes it; false when that takes too long.
-bool receive(int pipe, std::string& bytes)
-{
-    using namespace std::chrono;
-    const auto deadline = steady_clock::now() + time_to_draw;
-    while (steady_clock::now() < deadline) {
-        const auto left = ceil<milliseconds>(deadline - steady_clock::now());
-        pollfd waiting = {pipe, POLLIN, 0};
-        if (::poll(&waiting, 1, static_cast<int>(left.count())) <= 0)
-            continue;
-        char buffer[65536];
-        const ssize_t quantity = ::read(pipe, buffer, sizeof buffer);
-        if (quantity == 0)
-            return true;
-        bytes.append(buffer, static_cast<size_t>(std::max<ssize_t>(quantity, 0)));
-    }
-    return false;
-}
-
-std::string picture_from_child(const char* file, int size)
-{
-    int ends[2];
-    const pid_t child = ::pipe(ends) == 0 ? ::fork() : -1;
-    if (child < 0)
-        fail(std::string("no process can be started: ") + std::strerror(errno));
-    if (child == 0)
-        draw_into(ends[1], file, size);
-    ::close(ends[1]);
-
-    std::string png;
-    if (!receive(ends[0], png))
-        fail("the drawing is too large: it cannot be drawn within 8 seconds");
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (WIFSIGNALED(status))
-        fail(std::string("drawing was ended by a signal: ") + ::strsignal(WTERMSIG(status)));
-    if (status != 0) // the child has told the reason
-        std::_Exit(EXIT_FAILURE);
-    return png;
-}
-
-/// Puts the bytes into the regular file that is there, which somebody may have open, or into a new one. Space is
-/// reserved first, so that a full disk leaves the file as it is. Returns what is wrong, or an empty text.
-std::string write_picture(const std::string& png, const char* file, const char* drawing)
+/// Puts the bytes into the regular file that is there, which somebody may have open, or into a new one. Where that
+/// fails, the file is emptied, or removed. Returns what is wrong, or an empty text.
+std::string write_picture(const QByteArray& png, const char* file, const char* drawing)
 {
     struct stat facts = {};
     const bool exists = ::lstat(file, &facts) == 0;
@@ -148,37 +135,41 @@ std::string write_picture(const std::string& png, const char* file, const char* 
     if (exists && ::stat(drawing, &source) == 0 && source.st_dev == facts.st_dev && source.st_ino == facts.st_ino)
         return "it is the drawing";
 
-    // O_RDWR: without the file system's help posix_fallocate reads the file.
-    const int descriptor = ::open(file, O_RDWR | O_NOFOLLOW | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL), 0666);
+    const int descriptor = ::open(file, O_WRONLY | O_NOFOLLOW | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL), 0666);
     if (descriptor < 0)
         return std::strerror(errno);
-    const auto size = static_cast<off_t>(png.size());
-    int problem = ::posix_fallocate(descriptor, 0, size);
-    const bool has_space = problem == 0;
-    if (has_space && (::write(descriptor, png.data(), png.size()) != size || ::ftruncate(descriptor, size) != 0))
-        problem = errno;
-    if (problem == 0)
+    const ssize_t size = png.size();
+    if (::write(descriptor, png.constData(), static_cast<std::size_t>(size)) == size &&
+        ::ftruncate(descriptor, size) == 0)
         return {};
-    // Without space the file is as it was but for its length. After a failed write it is emptied.
-    const bool undone = (exists ? ::ftruncate(descriptor, has_space ? 0 : facts.st_size) : ::unlink(file)) == 0;
-    return std::strerror(problem) + std::string(undone ? "" : ", and it is not as it was");
+    const int problem = errno;
+    const bool undone = (exists ? ::ftruncate(descriptor, 0) : ::unlink(file)) == 0;
+    return std::strerror(problem) + std::string(undone ? "" : ", and a part of it is left");
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    while (::open("/dev/null", O_RDWR) <= STDERR_FILENO) // no file gets the number of a closed standard stream
+        ;
     const int size = argc == 5 && std::string_view(argv[1]) == "-s" ? picture_size(argv[2]) : 0;
     if (size < 1)
         fail("usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, SIZE from 1 to 1024 pixels");
 
-    // write() then fails at the size limit or on a closed pipe, where a signal would end us. An ignored SIGCHLD would
-    // hide how the child ended.
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_IGN); // write() fails at the size limit, where the signal would end us
+    std::signal(SIGCHLD, SIG_DFL); // an ignored one would hide how a child ended
+    std::signal(SIGALRM, fail_in_time);
+    sigset_t alarm;
+    ::sigemptyset(&alarm);
+    ::sigaddset(&alarm, SIGALRM);
+    ::sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
+    bound_time(milliseconds_to_draw);
+    bound_memory();
     try {
-        const std::string problem = write_picture(picture_from_child(argv[3], size), argv[4], argv[3]);
+        const QByteArray png = picture_of(argv[3], size);
+        bound_time(0);
+        const std::string problem = write_picture(png, argv[4], argv[3]);
         if (!problem.empty())
             fail("the picture cannot be written: " + problem);
     } catch (const std::bad_alloc&) {
