@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <future>
 #include <set>
 #include <string>
@@ -100,9 +102,7 @@ using Layers = std::set<std::string>;
 std::string folded(std::string_view name)
 {
     std::string text(name);
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
     return text;
 }
 
@@ -178,22 +178,12 @@ private:
     bool my_is_plain = true;
 };
 
-struct Range {
-    double min = HUGE_VAL;
-    double max = -HUGE_VAL;
-
-    void add(const Range& other)
-    {
-        min = std::min(min, other.min);
-        max = std::max(max, other.max);
-    }
-};
-
 /// A part of the ENTITIES section.
 struct Part {
     bool is_as_meant = true;
-    bool has_end = false; // that of the section
-    std::array<Range, 3> ranges;
+    bool has_end = false; // of the section
+    // The largest -x, x, -y, y, -z and z. Of a large drawing some entities tell that.
+    std::array<double, 6> reach{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
 };
 
 /// Reads the entities that begin before `end`, and before the section's end.
@@ -218,11 +208,13 @@ Part read_part(std::string_view text, const char* end, const Layers& hidden)
             entity = Entity(kind);
             ++count;
         } else if (axis >= 0 && axis < 3 && corner < 4) {
-            if (count < 1000 || count % 16 == 0) { // a part tells the place of a large drawing
-                const double value = to_number(pair.line);
-                part.ranges[axis].add({value, value});
-            }
             entity.take(pair, Codes{1} << (3 * corner + axis));
+            if (count < 1000 || count % 16 == 0) {
+                const double value = to_number(pair.line);
+                double* const reach = &part.reach[2 * axis];
+                reach[0] = std::max(reach[0], -value);
+                reach[1] = std::max(reach[1], value);
+            }
         } else {
             entity.take(pair, 0);
         }
@@ -230,50 +222,40 @@ Part read_part(std::string_view text, const char* end, const Layers& hidden)
     return part;
 }
 
-/// Where an entity begins near the middle of a section, else its end. A group code 0 may be looked for anywhere, since
-/// no other line stands before the name of an entity.
+/// Where an entity begins near the middle of a section, or else the section's end.
 const char* middle_of(std::string_view text)
 {
-    constexpr std::size_t farthest = 100000;
-    std::string_view zero; // the line before
-    for (std::string_view rest = text.substr(text.size() / 2, farthest); !rest.empty();) {
-        const std::string_view line = rest.substr(0, rest.find('\n') + 1);
-        if (kind_of(without_line_end(line)) != nullptr && to_number(zero) == 0 && !zero.empty())
-            return zero.data();
-        zero = line;
-        rest.remove_prefix(line.empty() ? rest.size() : line.size());
-    }
-    return text.data() + text.size();
+    const std::string_view rest = text.substr(text.size() / 2, 100000);
+    std::size_t name = rest.size();
+    for (const Kind& kind : kinds)
+        name = std::min(name, rest.find('\n' + std::string(kind.name)));
+    const std::size_t begin = rest.rfind('\n', name - 1) + 1;
+    Pairs pair(rest.substr(begin));
+    return name < rest.size() && pair.next() && pair.code == 0 ? &rest[begin] : text.data() + text.size();
 }
 
 /// Reads the ENTITIES section in two threads, for all drawings have to wait for it.
 Part read_entities(std::string_view text, const Layers& hidden)
 {
-    const char* const end = text.data() + text.size();
     const char* const middle = middle_of(text);
-    std::string_view behind = text.substr(static_cast<std::size_t>(middle - text.data()));
-    auto second = std::async(std::launch::async, [&] { return read_part(behind, end, hidden); });
+    const std::string_view behind = text.substr(static_cast<std::size_t>(middle - text.data()));
+    auto second = std::async(std::launch::async, read_part, behind, behind.data() + behind.size(), std::cref(hidden));
     Part part = read_part(text, middle, hidden);
-    if (part.is_as_meant && !part.has_end) {
-        const Part rest = second.get();
-        part.is_as_meant = rest.is_as_meant;
-        part.has_end = rest.has_end;
-        for (std::size_t axis = 0; axis < part.ranges.size(); ++axis)
-            part.ranges[axis].add(rest.ranges[axis]);
-    }
-    return part;
+    if (!part.is_as_meant || part.has_end)
+        return part;
+    Part whole = second.get();
+    for (std::size_t i = 0; i < part.reach.size(); ++i)
+        whole.reach[i] = std::max(whole.reach[i], part.reach[i]);
+    return whole;
 }
 
 /// The viewer scales by 1 / limit about the origin. Below 1 its near and far planes cut the drawing, above 1e6 its
 /// depth buffer is too coarse.
-bool fills_the_view(const std::array<Range, 3>& ranges)
+bool fills_the_view(const std::array<double, 6>& reach)
 {
-    double limit = 0;
-    for (const Range& range : ranges)
-        if (range.min <= range.max)
-            limit = std::max({limit, std::fabs(range.min), std::fabs(range.max)});
-    const double extent = std::max(ranges[0].max - ranges[0].min, ranges[1].max - ranges[1].min);
-    return limit == 0 || (limit >= 1 && limit <= 1e6 && extent >= limit / 2);
+    const double limit = *std::max_element(reach.begin(), reach.end());
+    const double extent = std::max(reach[0] + reach[1], reach[2] + reach[3]);
+    return limit <= 0 || (limit >= 1 && limit <= 1e6 && extent >= limit / 2);
 }
 
 Look look_of(std::string_view text)
@@ -291,12 +273,12 @@ Look look_of(std::string_view text)
             const Part part = read_entities(text.substr(static_cast<std::size_t>(pair.at() - text.data())), hidden);
             if (!part.is_as_meant || !part.has_end)
                 return Look::Wrong;
-            return fills_the_view(part.ranges) ? Look::AsMeant : Look::Misplaced;
+            return fills_the_view(part.reach) ? Look::AsMeant : Look::Misplaced;
         }
         if (entry == "LAYER" && pair.code == 2)
             layer = folded(pair.value());
         const bool is_off = pair.code == 62 && to_number(pair.line) < 0;
-        const bool is_frozen = pair.code == 70 && (static_cast<int>(to_number(pair.line)) & 1) != 0;
+        const bool is_frozen = pair.code == 70 && std::fmod(to_number(pair.line), 2) == 1;
         if (entry == "LAYER" && (is_off || is_frozen))
             hidden.insert(layer);
     }

@@ -5,7 +5,6 @@
 #include "Programs.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QIcon>
@@ -29,175 +28,140 @@ namespace
 
 constexpr int longest_name = 230; // bytes of a name, without " (fitted).dxf"
 
-/// Makes a link to `file`, any bytes, at `link`.
-bool make_link(const std::string& file, const QString& link)
-{
-    std::error_code error;
-    std::filesystem::create_symlink(std::filesystem::absolute(file, error), QFile::encodeName(link).toStdString(),
-                                    error);
-    return !error;
-}
-
-/// A sentence about a line of tolmera-explode.
-QString sentence(const QString& line)
-{
-    const QString left_out = "left out: ";
-    if (line.startsWith(left_out))
-        return "Not shown, for points, lines and faces cannot show it: " + line.mid(left_out.size()) + ".";
-    return line;
-}
-
 class Opening
 {
 public:
     Opening(const std::string& file, const std::string& folder, const QProcessEnvironment& environment)
-        : my_file(file), my_folder(QFile::decodeName(folder.c_str()))
+        : my_file(file), my_folder(folder.c_str())
     {
-        const QFileInfo facts(QFile::decodeName(file.c_str()));
-        my_title = my_dialog.fontMetrics().elidedText(facts.fileName(), Qt::ElideMiddle, 400);
-        my_base = facts.completeBaseName();
-        while (QFile::encodeName(my_base).size() > longest_name)
-            my_base.chop(1);
+        const QFileInfo facts(file.c_str());
+        my_title = facts.fileName();
+        my_copy = facts.completeBaseName();
+        while (my_copy.toUtf8().size() > longest_name)
+            my_copy.chop(1);
         for (QProcess* process : {&my_explode, &my_viewer})
             process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+
         my_viewer.setProcessEnvironment(environment);
         my_viewer.setProcessChannelMode(QProcess::ForwardedChannels);
-        prepare_windows();
-        connect_processes();
-    }
 
-    void explode()
-    {
-        if (my_folder.isEmpty())
-            return show_as_it_is("No temporary folder can be made.");
-        QString input = QFileInfo(QFile::decodeName(my_file.c_str())).absoluteFilePath();
-        if (!QFile::exists(input)) { // its name is not UTF-8
-            input = my_folder + "/drawing";
-            make_link(my_file, input);
-        }
-        my_explode.start(QString::fromStdString(program("tolmera-explode")),
-                         {"--auto-fit", "--progress", input, in_folder(my_base)});
-    }
-
-    /// Shows the file itself, under a name that the viewer takes. Tells why, where there is a reason.
-    void show_as_it_is(const QString& reason)
-    {
-        if (!reason.isEmpty())
-            my_told = QStringList{"It is not converted, so that most of it may be missing: " + reason};
-        const QString link = in_folder(my_base);
-        const bool is_linked = !is_name_for_viewer(my_file) && make_link(my_file, link);
-        show(is_linked ? link : QFile::decodeName(my_file.c_str()));
-    }
-
-private:
-    void prepare_windows()
-    {
         auto* const label = new QLabel("Opening " + my_title);
         label->setTextFormat(Qt::PlainText);
         my_dialog.setLabel(label);
         my_dialog.setMinimumDuration(1000);
         my_dialog.setAutoReset(false);
-        my_dialog.setValue(0); // from now on the duration counts
         QObject::connect(&my_dialog, &QProgressDialog::canceled, &my_explode, &QProcess::kill);
 
         my_message.setWindowTitle(my_title);
         my_message.setIcon(QMessageBox::Information);
         my_message.setTextFormat(Qt::PlainText);
         my_message.setWindowModality(Qt::NonModal);
-        my_waiting.setInterval(100);
-        QObject::connect(&my_waiting, &QTimer::timeout, [this] { show_message(); });
+        QObject::connect(&my_timer, &QTimer::timeout, [this] { show_message(); });
     }
 
-    void connect_processes()
+    void explode()
     {
+        QString input = QFileInfo(my_file.c_str()).absoluteFilePath();
+        if (!QFile::exists(input) && make_link(my_folder + "/drawing")) // its name is not UTF-8
+            input = my_folder + "/drawing";
         my_explode.setReadChannel(QProcess::StandardError);
-        QObject::connect(&my_explode, &QProcess::readyReadStandardError, [this] { read_messages(); });
+        QObject::connect(&my_explode, &QProcess::readyReadStandardError, [this] { read_lines(); });
         QObject::connect(&my_explode, &QProcess::finished, [this](int code, QProcess::ExitStatus status) {
             if (my_dialog.wasCanceled())
                 return QApplication::exit(EXIT_SUCCESS);
             my_dialog.reset();
-            read_messages();
             if (status == QProcess::NormalExit && code == EXIT_SUCCESS)
                 show_copy();
             else
                 show_as_it_is(my_told.isEmpty() ? "tolmera-explode has failed." : my_told.last());
         });
-        QObject::connect(&my_explode, &QProcess::errorOccurred, [this](QProcess::ProcessError error) {
-            if (error != QProcess::FailedToStart)
-                return;
-            my_dialog.reset();
+        my_dialog.setValue(0); // from now on the duration counts
+        my_explode.start(program("tolmera-explode").c_str(), {"--auto-fit", "--progress", input, path(my_copy)});
+        if (!my_explode.waitForStarted())
             show_as_it_is("tolmera-explode is not installed.");
-        });
-        QObject::connect(&my_viewer, &QProcess::finished, [](int code, QProcess::ExitStatus status) {
-            QApplication::exit(status == QProcess::NormalExit ? code : EXIT_FAILURE);
-        });
-        QObject::connect(&my_viewer, &QProcess::errorOccurred, [this](QProcess::ProcessError error) {
-            if (error != QProcess::FailedToStart)
-                return;
-            my_message.setText("The viewer tolmera is not installed.");
-            my_message.exec();
-            QApplication::exit(EXIT_FAILURE);
-        });
     }
 
-    QString in_folder(const QString& base) const { return my_folder + '/' + base + ".dxf"; }
-
-    void read_messages()
+    /// Shows the file itself, under a name that the viewer takes. Tells why, where there is a reason.
+    void show_as_it_is(const QString& reason)
     {
-        const QString progress = "progress: ";
-        const QString told = "tolmera-explode: ";
+        my_told.clear();
+        if (!reason.isEmpty())
+            my_told += "It could not be converted, so that much of it may be missing. " + reason;
+        const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
+        show(is_linked ? path(my_copy) : my_file.c_str());
+    }
+
+private:
+    QString path(const QString& name) const { return my_folder + '/' + name + ".dxf"; }
+
+    bool make_link(const QString& link) const
+    {
+        std::error_code error;
+        std::filesystem::create_symlink(std::filesystem::absolute(my_file), link.toStdString(), error);
+        return !error;
+    }
+
+    void read_lines()
+    {
         while (my_explode.canReadLine()) {
-            const QString line = QString::fromUtf8(my_explode.readLine()).trimmed();
-            if (line.startsWith(progress) && my_dialog.isVisible())
-                my_dialog.setValue(line.mid(progress.size()).toInt());
-            if (line.startsWith(told))
-                my_told += sentence(line.mid(told.size()));
+            const QString line = QString(my_explode.readLine()).trimmed();
+            const QString text = line.section(": ", 1);
+            if (line.startsWith("tolmera-explode: "))
+                my_told += text;
+            else if (line.startsWith("progress: ") && my_dialog.isVisible())
+                my_dialog.setValue(text.toInt());
         }
     }
 
+    /// What has been told becomes the message beside the drawing, but for the fit, which the title tells.
     void show_copy()
     {
-        QString copy = in_folder(my_base);
-        const QString fitted = in_folder(my_base + " (fitted)");
-        const QStringList fits = my_told.filter(QRegularExpression("^fitted: "));
-        if (!fits.isEmpty() && QFile::rename(copy, fitted))
-            copy = fitted; // the viewer shows it as its title
-        for (const QString& fit : fits)
-            my_told.removeAll(fit);
-        show(copy);
+        const qsizetype lines = my_told.size();
+        my_told.removeIf([](const QString& line) { return line.startsWith("fitted: "); });
+        my_told.replaceInStrings(QRegularExpression("^left out: "), "Points, lines and faces cannot show: ");
+        const QString fitted = my_copy + " (fitted)";
+        show(my_told.size() < lines && QFile::rename(path(my_copy), path(fitted)) ? path(fitted) : path(my_copy));
     }
 
     void show(const QString& drawing)
     {
-        my_viewer.start(QString::fromStdString(program("tolmera")), {drawing});
+        my_dialog.reset();
+        QObject::connect(&my_viewer, &QProcess::finished, [](int code, QProcess::ExitStatus status) {
+            QApplication::exit(status == QProcess::NormalExit ? code : EXIT_FAILURE);
+        });
+        my_viewer.start(program("tolmera").c_str(), {drawing});
+        if (!my_viewer.waitForStarted()) {
+            my_told = QStringList("The viewer tolmera is not installed.");
+            QObject::connect(&my_message, &QDialog::finished, [] { QApplication::exit(EXIT_FAILURE); });
+        }
+        my_message.setText(my_title + "\n\n" + my_told.join("\n\n"));
         if (!my_told.isEmpty())
-            my_waiting.start();
+            my_timer.start(100);
     }
 
-    /// Shows what there is to tell beside the viewer's window, not before it. Nothing tells when that is up, but then
-    /// the process waits for events.
+    /// Shows what there is to tell when the viewer's window is up. Nothing says when that is, but then the viewer waits
+    /// for events.
     void show_message()
     {
-        constexpr int long_enough = 5; // tenths of a second
+        constexpr int long_enough = 5;
         QFile facts(QString("/proc/%1/stat").arg(my_viewer.processId()));
-        const bool is_waiting = facts.open(QIODevice::ReadOnly) && facts.readAll().contains(") S ");
-        my_waits = is_waiting ? my_waits + 1 : 0;
+        const bool is_busy = facts.open(QIODevice::ReadOnly) && !facts.readAll().contains(") S ");
+        my_waits = is_busy ? 0 : my_waits + 1;
         if (my_waits < long_enough)
             return;
-        my_waiting.stop();
-        my_message.setText(my_title + "\n\n" + my_told.join("\n\n"));
+        my_timer.stop();
         my_message.show();
     }
 
     std::string my_file;
     QString my_folder;
-    QString my_title;    // the file's name, for windows
-    QString my_base;     // the name of what is shown, without .dxf
+    QString my_title;    // the name of the file
+    QString my_copy;     // that of what is shown, without .dxf
     QStringList my_told; // sentences
     QProgressDialog my_dialog;
     QMessageBox my_message;
-    QTimer my_waiting;
-    int my_waits = 0; // how often in a row the viewer has been found waiting
+    QTimer my_timer;
+    int my_waits = 0; // how often in a row the viewer waited
     QProcess my_explode;
     QProcess my_viewer;
 };
@@ -206,18 +170,18 @@ private:
 
 bool is_name_for_viewer(const std::string& file)
 {
-    const QByteArray name(file.data(), static_cast<int>(file.size()));
-    return name.endsWith(".dxf") && QFile::encodeName(QFile::decodeName(name)) == name;
+    const QString name(file.c_str());
+    return name.endsWith(".dxf") && name.toStdString() == file;
 }
 
 int show(int argc, char** argv, const std::string& file, const std::string& folder, Look look)
 {
-    // Before Qt takes from it what tells the desktop that the program has started; that is left to the viewer.
+    // Qt takes from its own what tells the desktop that the program has started; that is left to the viewer.
     const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     const QApplication app(argc, argv);
     QApplication::setApplicationName("tolmera");
     QApplication::setApplicationDisplayName("Tolmera");
-    QApplication::setDesktopFileName("tolmera");
+    QApplication::setDesktopFileName("tolmera"); // and this is what the entry names as the windows' class
     QApplication::setWindowIcon(QIcon(":/mainicon.png"));
     QApplication::setQuitOnLastWindowClosed(false);
 
