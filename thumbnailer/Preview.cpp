@@ -26,7 +26,7 @@ constexpr unsigned char background = 80;    // darker than all that is drawn
 constexpr unsigned char darkest_face = 100; // which gets no light
 constexpr unsigned char object_color = 245; // of points, lines and the lightest face, as in the viewer
 
-constexpr double margin = 0.1;         // around the drawing, in parts of its reach: two points at its edge are whole
+constexpr double margin = 0.12;        // around the drawing, in parts of its reach: two points at its edge are whole
 constexpr int smoothing = 4;           // samples for one pixel, along each side
 constexpr double stroke = 1.5;         // of lines, and of points at least, in pixels
 constexpr double lone_point = 1.0 / 8; // the side of a point that is alone, in parts of the picture
