@@ -211,7 +211,7 @@ Part read_part(std::string_view text, const char* end, const Layers& hidden)
             entity.take(pair, Codes{1} << (3 * corner + axis));
             if (count < 1000 || count % 16 == 0) {
                 const double value = to_number(pair.line);
-                double* const reach = &part.reach[2 * axis];
+                double* const reach = &part.reach[std::size_t{2} * static_cast<std::size_t>(axis)];
                 reach[0] = std::max(reach[0], -value);
                 reach[1] = std::max(reach[1], value);
             }

@@ -56,7 +56,7 @@ constexpr int milliseconds_to_draw = 7500; // with exploding
 /// Sets the time until SIGALRM comes; 0 takes it back.
 void bound_time(int milliseconds)
 {
-    const itimerval time = {{}, {milliseconds / 1000, milliseconds % 1000 * 1000}};
+    const itimerval time = {{}, {milliseconds / 1000, milliseconds % 1000 * 1000L}};
     ::setitimer(ITIMER_REAL, &time, nullptr);
 }
 
