@@ -183,8 +183,18 @@ void measure_programs(const Input& faces, const std::string& f3d)
 /// The drawings of other programs, against limits that we have set.
 void measure_foreign(const Input& faces)
 {
+    const std::string foreign = faces.folder + "/rooms-2600.dxf";
+    const std::string picture = faces.folder + "/preview.png";
     const std::string exploded = faces.folder + "/exploded.dxf";
     const Input lines = {faces.folder, "lines", faces.quantity};
+    Used used;
+    const std::vector<double> plain = least_of(
+        5, {running({OPEN, faces.file()}, used, FIRST_SWAP), running({TOLMERA, faces.file()}, used, FIRST_SWAP)});
+    print_row("first picture by tolmera-open", plain[0], "1.15 x tolmera's + 0.5 s", 1.15 * plain[1] + 0.5, 1);
+    print_row("first picture, foreign drawing", least_of(3, {running({OPEN, foreign}, used, FIRST_SWAP)})[0], "limit",
+              2, 1);
+    print_row("preview, foreign drawing", least_of(3, {running({THUMBNAILER, "-s", "256", foreign, picture}, used)})[0],
+              "limit", 2, 1);
     Used exploding;
     least_of(1, {running({EXPLODE, lines.file(), exploded}, exploding)});
     print_row("explode " + lines.text(), exploding.processor, "limit of processor time", 55, 1);
