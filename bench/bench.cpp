@@ -93,6 +93,9 @@ struct Input {
     std::string text() const { return grouped(quantity) + ' ' + kind; }
 };
 
+/// Of a view on the screen.
+constexpr QRect place(0, 0, 800, 600);
+
 constexpr const char* counting = "counting its characters";
 constexpr const char* row_format = "| %-30s | %8s | %-28s | %8s | %5s | %7s | %-6s |\n";
 
@@ -263,11 +266,11 @@ void measure_loading(const Input& faces, double bare_seconds)
 void measure_repaints(const Input& faces)
 {
     const std::vector<BareFace> bare_faces = read_bare_faces(faces.file());
-    View view(faces.file());
+    View view(QString::fromStdString(faces.file()), place);
     for (const GLObject::DRendering mode : {GLObject::WIREFRAME, GLObject::SOLID}) {
-        const auto ours = [&] { return view.repaint_seconds(); };
-        const auto bare = [&] { return view.bare_repaint_seconds(bare_faces, mode); };
-        view.render(mode);
+        const auto ours = [&] { return repaint_seconds(view); };
+        const auto bare = [&] { return bare_repaint_seconds(view, bare_faces, mode); };
+        render(view, mode);
         compare(9, mode == GLObject::SOLID ? "repaint, solid" : "repaint, wireframe", ours,
                 "bare loop of the same calls", bare, 1.08);
     }
@@ -289,14 +292,14 @@ void measure_growth(const Input& faces)
         compare(
             5, name + ", each face", [&] { return large() / quantity; }, "one of " + few.text(), often, 1.1);
     };
-    View large(faces.file());
-    View small(few.file());
+    View large(QString::fromStdString(faces.file()), place);
+    View small(QString::fromStdString(few.file()), place);
     compare_growth("read", reading(faces.file()), reading(few.file()));
     compare_growth("load", loading(faces.file()), loading(few.file()));
     compare_growth(
-        "repaint", [&] { return large.repaint_seconds(); }, [&] { return small.repaint_seconds(); });
+        "repaint", [&] { return repaint_seconds(large); }, [&] { return repaint_seconds(small); });
     compare_growth(
-        "pick", [&] { return large.pick_seconds(); }, [&] { return small.pick_seconds(); });
+        "pick", [&] { return pick_seconds(large); }, [&] { return pick_seconds(small); });
 }
 
 } // namespace

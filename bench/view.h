@@ -2,12 +2,11 @@
 // array.
 #pragma once
 
+#include "../tests/view.h"
 #include "Drawing/OwnedEntities.h"
 #include "GL/GLObject.h"
-#include "GUI/File/MyGlMDIChild.h"
 
 #include <QMouseEvent>
-#include <QTest>
 
 #include <chrono>
 #include <string>
@@ -71,57 +70,41 @@ inline void draw_bare_faces(const std::vector<BareFace>& faces, GLObject::DRende
     }
 }
 
-class View : public MyGlMDIChild
+/// Draws faces in this mode from the next repaint on.
+inline void render(const View& view, GLObject::DRendering mode)
 {
-public:
-    /// An empty window, not shown.
-    View() : MyGlMDIChild(nullptr) {}
+    for (unsigned long i = 0; i < view.quantity_of_drawing_objects(); ++i)
+        view.get_drawing_object(i)->rendering(mode);
+}
 
-    /// Loads the file and shows it, 800 x 600 pixels large.
-    explicit View(const std::string& file) : MyGlMDIChild(nullptr)
-    {
-        loadFile(QString::fromStdString(file));
-        resize(800, 600);
-        show();
-        if (!QTest::qWaitForWindowExposed(this))
-            qFatal("The window did not come up.");
-    }
-
-    /// Draws faces in this mode from the next repaint on.
-    void render(GLObject::DRendering mode)
-    {
-        for (unsigned long i = 0; i < quantity_of_drawing_objects(); ++i)
-            get_drawing_object(i)->rendering(mode);
-    }
-
-    /// The seconds until OpenGL has finished a repaint, and one that sends `faces` instead of the objects.
-    double repaint_seconds()
-    {
-        return seconds_to_finish([&] { paintGL(); });
-    }
-    double bare_repaint_seconds(const std::vector<BareFace>& faces, GLObject::DRendering mode)
-    {
-        return seconds_to_finish([&] {
-            glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-            draw_bare_faces(faces, mode);
-        });
-    }
-
-    /// The seconds of a left double-click in the middle.
-    double pick_seconds()
-    {
-        QMouseEvent event(QEvent::MouseButtonDblClick, rect().center(), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-        return seconds_of([&] { mouseDoubleClickEvent(&event); });
-    }
-
-private:
-    template <typename Drawing> double seconds_to_finish(Drawing drawing)
-    {
-        makeCurrent();
+/// The seconds until OpenGL has finished what `drawing` sends to it.
+template <typename Drawing> double seconds_to_finish(View& view, Drawing drawing)
+{
+    view.makeCurrent();
+    glFinish();
+    return seconds_of([&] {
+        drawing();
         glFinish();
-        return seconds_of([&] {
-            drawing();
-            glFinish();
-        });
-    }
-};
+    });
+}
+
+/// The seconds of a repaint, and of one that sends `faces` instead of the objects.
+inline double repaint_seconds(View& view)
+{
+    return seconds_to_finish(view, [&] { view.paintGL(); });
+}
+inline double bare_repaint_seconds(View& view, const std::vector<BareFace>& faces, GLObject::DRendering mode)
+{
+    return seconds_to_finish(view, [&] {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        draw_bare_faces(faces, mode);
+    });
+}
+
+/// The seconds of a left double-click in the middle.
+inline double pick_seconds(View& view)
+{
+    const QPointF middle = view.rect().center();
+    QMouseEvent event(QEvent::MouseButtonDblClick, middle, middle, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    return seconds_of([&] { view.mouseDoubleClickEvent(&event); });
+}

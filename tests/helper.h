@@ -1,5 +1,5 @@
-// What the tests share: files in a temporary folder, the scenes of texts.txt, and a user who answers boxes and looks at
-// the screen.
+// What the tests share: drawings in a temporary folder, the player of scenes, and a user who looks at the screen and
+// answers boxes.
 #pragma once
 
 #include <QtTest>
@@ -7,10 +7,8 @@
 
 #include <functional>
 
-#include "Drawing/DRVect3d.h"
-
 #ifdef __SANITIZE_ADDRESS__
-// Drivers stay loaded to the end, so that a leak in one is told by its name.
+// Drivers stay loaded to the end, so that a leak in one is reported with its name.
 extern "C" int dlclose(void* /*library*/) noexcept
 {
     return 0;
@@ -31,58 +29,6 @@ static void prepare()
 }
 Q_CONSTRUCTOR_FUNCTION(prepare)
 
-/// What has come up since the last step of a scene, a line each.
-inline QStringList& seen()
-{
-    static QStringList lines;
-    return lines;
-}
-
-inline QDebug operator<<(QDebug debug, const DRVect3d& vector)
-{
-    return debug << vector.x() << vector.y() << vector.z();
-}
-
-template <typename... T> void note(const T&... values)
-{
-    QString line;
-    (QDebug(&line).noquote() << ... << values);
-    seen() += line.replace('\n', "\\n").trimmed();
-}
-
-/// A section of texts.txt, up to the next blank line; FOLDER stands for the temporary folder.
-inline QString section(const QString& name)
-{
-    QFile file(QFINDTESTDATA("texts.txt"));
-    file.open(QIODevice::ReadOnly);
-    const QString text = QString(file.readAll()).replace("FOLDER", folder().path());
-    return text.section("[" + name + "]\n", 1).section("\n\n", 0, 0);
-}
-
-/// Plays the scene of the current test function in texts.txt: does what each line says that begins with "> ", and
-/// compares what comes up with the lines below it. `look` notes what lasts, until it is as expected or for five
-/// seconds.
-template <typename Act>
-void play(
-    const Act& act, const std::function<void()>& look = [] {})
-{
-    for (const QString& step : ("\n" + section(QTest::currentTestFunction())).split("\n> ").mid(1)) {
-        const QStringList expected = step.split('\n').mid(1);
-        const QString doing = step.section('\n', 0, 0);
-        seen().clear();
-        act(doing);
-        const QStringList done = seen();
-        const auto is_as_expected = [&] {
-            seen() = done;
-            look();
-            return seen() == expected;
-        };
-        if (!QTest::qWaitFor(is_as_expected))
-            for (int i = 0; i < qMax(expected.size(), seen().size()); ++i)
-                QCOMPARE(doing + " brings " + seen().value(i), doing + " brings " + expected.value(i));
-    }
-}
-
 /// Writes a file into the temporary folder and returns its path.
 inline QString write_file(const QString& name, const QByteArray& bytes)
 {
@@ -94,11 +40,11 @@ inline QString write_file(const QString& name, const QByteArray& bytes)
 }
 
 /// A drawing of entities, each a text such as "POINT 1.5 2.5 3.5" with its coordinates in the order x, y, z.
-inline QByteArray dxf(const QByteArrayList& entities)
+inline QByteArray dxf(const QStringList& entities)
 {
     QByteArray text = "  0\nSECTION\n  2\nENTITIES\n";
-    for (const QByteArray& entity : entities) {
-        const QByteArrayList words = entity.split(' ');
+    for (const QString& entity : entities) {
+        const QByteArrayList words = entity.toLatin1().split(' ');
         text += "  0\n" + words[0] + "\n  8\nWALLS\n";
         for (int i = 1; i < words.size(); ++i)
             text += " " + QByteArray::number(10 * ((i - 1) % 3 + 1) + (i - 1) / 3) + "\n" + words[i] + "\n";
@@ -106,10 +52,114 @@ inline QByteArray dxf(const QByteArrayList& entities)
     return text + "  0\nENDSEC\n  0\nEOF\n";
 }
 
-/// What the X server shows of a native widget, at a position from its upper left corner.
+/// The lines of the program's scenes, with FOLDER for the temporary folder.
+inline const QStringList& scenes()
+{
+    static const QStringList lines = [] {
+        QFile file(SCENES);
+        file.open(QIODevice::ReadOnly);
+        return QString(file.readAll()).replace("FOLDER", folder().path()).split('\n');
+    }();
+    return lines;
+}
+
+/// A section of the scenes, up to the next blank line.
+inline QStringList section(const QString& name)
+{
+    const auto first = scenes().indexOf("[" + name + "]") + 1;
+    return scenes().mid(first, scenes().indexOf("", first) - first);
+}
+
+/// What can be seen, by name.
+using State = QMap<QString, QString>;
+
+template <typename... T> QString text_of(const T&... values)
+{
+    QString text;
+    (QDebug(&text).noquote() << ... << values);
+    return text.replace('\n', "\\n").trimmed();
+}
+
+/// What has happened in the step in progress.
+inline State& events()
+{
+    static State the_events;
+    return the_events;
+}
+
+template <typename... T> void note(const QString& name, const T&... values)
+{
+    QString& text = events()[name];
+    text += (text.isEmpty() ? "" : ", then ") + text_of(values...);
+}
+
+/// The first value that is not as wanted, from shortly before the two texts part; empty where all is as wanted. In a
+/// wanted value "…" stands for anything.
+inline QString difference(const State& wanted, const State& got)
+{
+    for (const QString& name : wanted.keys() + got.keys()) {
+        const QString a = got.value(name), b = wanted.value(name);
+        const QString form = QRegularExpression::escape(b).replace("\\…", ".*");
+        if (QRegularExpression(QRegularExpression::anchoredPattern(form)).match(a).hasMatch())
+            continue;
+        const auto same = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
+        const QString before = same > 40 ? "…" : "";
+        const auto from = same > 40 ? same - 20 : 0;
+        return name + " is \"" + before + a.mid(from) + "\", wanted \"" + before + b.mid(from) + "\"";
+    }
+    return {};
+}
+
+/// Plays the scene of the current test function up to the first step that fails. `act` does what a step says, `look`
+/// tells what lasts. Both, what has happened and what lasts, have to be as the step says within five seconds.
+inline void play(
+    const std::function<void(const QString&)>& act, const std::function<State()>& look = [] { return State(); })
+{
+    State before;
+    const auto begin = scenes().indexOf(QString("[%1]").arg(QTest::currentTestFunction())) + 1;
+    for (auto i = begin; !scenes().value(i).isEmpty(); ++i) {
+        const auto line = static_cast<int>(i) + 1;
+        QString step = scenes()[i];
+        while (scenes().value(i + 1).startsWith("  "))
+            step += " " + scenes()[++i].trimmed();
+        const QString doing = step.section("=>", 0, 0).trimmed();
+        State wanted = before;
+        for (const QString& change : step.section("=>", 1).trimmed().split("; ", Qt::SkipEmptyParts))
+            wanted[change.section(' ', 0, 0)] = change.section(' ', 1);
+        events().clear();
+        act(doing);
+        QString problem;
+        const auto is_as_wanted = [&] {
+            before = look();
+            State got = before;
+            got.insert(events());
+            return (problem = difference(wanted, got)).isEmpty();
+        };
+        if (!QTest::currentTestFailed() && !QTest::qWaitFor(is_as_wanted))
+            QTest::qFail(qPrintable("\"" + doing + "\": " + problem), SCENES, line);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+/// Chooses a command from the menus by its text, without ampersands and dots.
+inline void choose(const QMainWindow& window, const QString& text)
+{
+    for (const QAction* top : window.menuBar()->actions())
+        if (QMenu* menu = top->menu()) {
+            emit menu->aboutToShow();
+            for (QAction* action : menu->actions())
+                if (action->text().remove('&').remove("...") == text)
+                    return action->trigger();
+        }
+    QTest::qFail(qPrintable("There is no command " + text), __FILE__, __LINE__);
+}
+
+/// The color that the screen shows at a position of a widget.
 inline QString shown(const QWidget& widget, QPoint pos)
 {
-    return widget.screen()->grabWindow(widget.winId(), pos.x(), pos.y(), 4, 4).toImage().pixelColor(0, 0).name();
+    const QPoint place = widget.mapToGlobal(pos);
+    return widget.screen()->grabWindow(0, place.x(), place.y(), 1, 1).toImage().pixelColor(0, 0).name();
 }
 
 /// The shape of the override cursor, in Qt's words.
@@ -119,8 +169,8 @@ inline QString cursor()
     return cursor == nullptr ? "-" : QMetaEnum::fromType<Qt::CursorShape>().valueToKey(cursor->shape());
 }
 
-/// Answers every modal window that comes up while it lives: notes a message box, with its icon, its parent, the cursor
-/// over it, its title and its text, and presses its only button, Ok; hands any other window to `on_dialog`.
+/// Answers every modal window that comes up while it lives: notes a message box and presses its only button, Ok; hands
+/// any other window to `on_dialog`.
 class User : public QTimer
 {
 public:
@@ -129,8 +179,15 @@ public:
         callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                note(box->icon(), box->parent()->metaObject()->className(), cursor(),
-                     box->windowTitle() + "|" + box->text());
+                QString text = box->text().replace("<br />", "¶").replace("<tr><td>", "[").replace("</td></tr>", "]");
+                text.replace("</td><td>&nbsp;:&nbsp;</td><td>", " = ")
+                    .replace("&#8220;", "“")
+                    .replace("&#8221;", "”")
+                    .replace("&#169;", "©");
+                static const QRegularExpression link("<a href=\"(?:mailto:)?([^\"]+)\">\\1</a>");
+                note("box", text_of(box->icon()).mid(13), "of",
+                     box->parent() ? box->parent()->metaObject()->className() : "-", "under", cursor(),
+                     "\"" + box->windowTitle() + "\"", text.replace(link, "link(\\1)"));
                 if (box->standardButtons() == QMessageBox::Ok)
                     box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {

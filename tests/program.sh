@@ -1,34 +1,34 @@
 #!/usr/bin/env bash
-# How the program ends, as a process: quit from the keyboard, without OpenGL, a display or memory. Takes the program.
+# How the program ends, as a process: quit from the keyboard, or in want of something. Takes the program.
 set -euo pipefail
 program=$1
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
 cd "$work"
 export XDG_CONFIG_HOME=$work
 export ASAN_OPTIONS=detect_leaks=0 # the program unloads its drivers, whose leaks then have no name
 printf '%s\n' 0 SECTION 2 ENTITIES 0 POINT 10 1.0 20 2.0 30 3.0 >good.dxf
 truncate -s 8G huge.dxf # a line that is longer than memory
 
-# Runs a command of the shell, presses Ctrl+Q until the program ends, and checks its exit code and what it says.
-ends() { # CODE TEXT COMMAND
+# Runs a command of the shell, sends keys until the program ends, and checks its exit code and what it says.
+ends() { # CODE TEXT KEYS COMMAND
     local code=0
-    bash -c "$3" 2>errors &
+    bash -c "$4" 2>errors &
     for _ in $(seq 300); do
         kill -0 $! 2>/dev/null || break
-        timeout 2 xdotool search --onlyvisible --name '^Tolmera$' windowactivate key ctrl+q >/dev/null 2>&1 || true
+        timeout 2 xdotool search --onlyvisible --name '^Tolmera$' windowactivate key "$3" >/dev/null 2>&1 || true
         sleep 0.1
     done
     kill -0 $! 2>/dev/null && kill $!
     wait $! || code=$?
     if [[ $code -ne $1 ]] || ! grep -qF "$2" errors && [[ -n $2 ]]; then
-        echo "$3: exit code $code, wanted $1 with \"$2\"; it says: $(cat errors)"
+        echo "$4: exit code $code, wanted $1 with \"$2\"; it says: $(cat errors)"
         exit 1
     fi
 }
 
-ends 0 "" "exec '$program' good.dxf"
-ends 0 "this display offers no OpenGL" "QT_XCB_GL_INTEGRATION=none exec '$program' good.dxf"
-ends 1 "could not connect to display :9999" "DISPLAY=:9999 exec '$program'"
+ends 0 "" ctrl+q "exec '$program' good.dxf"
+ends 1 "Tolmera needs OpenGL" Return "QT_XCB_GL_INTEGRATION=none exec '$program' good.dxf"
+ends 1 "could not connect to display :9999" ctrl+q "DISPLAY=:9999 exec '$program'"
 grep -q __asan_init "$program" || # the sanitizer needs more memory than any limit allows
-    ends 1 "Tolmera: out of memory" "ulimit -v 1500000; exec '$program' huge.dxf"
+    ends 1 "Tolmera: out of memory" ctrl+q "ulimit -v 1500000; exec '$program' huge.dxf"

@@ -1,5 +1,5 @@
 // The program from its first argument to its exit code. main() is the program's own, under another name; where the
-// process itself matters, the program is run.
+// process itself matters, program.sh runs the program.
 
 #include "helper.h"
 
@@ -12,14 +12,14 @@ namespace
 
 QString leaving; // when or how the user ends the program
 
-/// Notes what comes up before the user.
+/// Notes what comes up before the user, in order.
 class Watch : public QObject
 {
 public:
     Watch() : QObject(qApp)
     {
         qApp->installEventFilter(this);
-        QTimer::singleShot(10000, this, [] { QApplication::exit(99); });
+        QTimer::singleShot(20000, this, [] { QApplication::exit(99); });
         startTimer(20);
     }
 
@@ -33,7 +33,7 @@ public:
             connect(my_splash = static_cast<QSplashScreen*>(object), &QSplashScreen::messageChanged, this,
                     &Watch::message);
         if (event->type() == QEvent::Close)
-            note("the splash screen goes", my_main != nullptr && (leaving != "early" || my_main->close()), cursor());
+            note("course", "gone", my_main != nullptr && (leaving != "early" || my_main->close()) ? cursor() : "early");
         return false;
     }
 
@@ -44,7 +44,7 @@ protected:
             return;
         for (const QMdiSubWindow* window : my_main->findChild<QMdiArea*>()->subWindowList())
             note("drawing", window->windowTitle(), window->isVisible());
-        note("the window waits", cursor());
+        note("course", "waiting", cursor());
         if (leaving == "exit")
             QApplication::exit(3);
         my_main->close();
@@ -55,7 +55,7 @@ private:
     {
         QSplashScreen expected(QPixmap(":/images/mysplash.png"));
         expected.showMessage(text, Qt::AlignCenter | Qt::AlignBottom, Qt::black);
-        note("splash", text, my_splash->grab().toImage() == expected.grab().toImage() ? "as drawn" : "wrong", cursor());
+        note("course", text, my_splash->grab().toImage() == expected.grab().toImage() ? cursor() : "drawn otherwise");
     }
 
     User my_user;
@@ -82,7 +82,8 @@ private slots:
         for (const char* name : {"house.plan.dxf", "Дом.dxf", "model.DXF", "folder.dxf/none"})
             write_file(name, dxf({"POINT 1.0 2.0 3.0"}));
         write_file("empty.dxf", "");
-        play([](const QString& step) { // when the user leaves, and arguments
+        State run;
+        const auto act = [&](const QString& step) { // when the user leaves, and arguments
             QByteArrayList words = step.toUtf8().split(' ');
             leaving = words[0];
             std::vector<char*> argv;
@@ -90,8 +91,10 @@ private slots:
                 argv.push_back((word = QByteArray::fromPercentEncoding(word)).data());
             argv.push_back(nullptr);
             qInstallMessageHandler(nullptr); // each run begins as a process does
-            note("exit code", tolmera_main(static_cast<int>(words.size()), argv.data()));
-        });
+            note("exit", tolmera_main(static_cast<int>(words.size()), argv.data()));
+            run = std::exchange(events(), {});
+        };
+        play(act, [&] { return run; });
     }
 };
 
