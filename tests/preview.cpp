@@ -8,14 +8,14 @@ namespace
 {
 
 /// A cube. A face has the numbers of its corners, with x in bit 0, y in bit 1 and z in bit 2.
-QByteArrayList box(double low, double high, const QByteArray& faces = "0132 2376 1375 4576 0154 0264")
+QStringList box(double low, double high, const QByteArray& faces = "0132 2376 1375 4576 0154 0264")
 {
-    QByteArrayList entities;
+    QStringList entities;
     for (const QByteArray& face : faces.split(' ')) {
         entities += "3DFACE";
         for (const char corner : face)
             for (int bit = 1; bit < 8; bit *= 2)
-                entities.last() += ' ' + QByteArray::number((corner & bit) != 0 ? high : low, 'e', 9);
+                entities.last() += ' ' + QString::number((corner & bit) != 0 ? high : low, 'e', 9);
     }
     return entities;
 }
@@ -125,8 +125,8 @@ private slots:
     {
         write_file("infinite.dxf", dxf(box(0, qInf())));
         write_file("edge_on.dxf", dxf({"3DFACE 0.0 0.0 0.0 0.0 0.0 1.0 -1.0 -1.0 2.0 -1.0 -1.0 1.0"}));
-        const QByteArray wall = "3DFACE -1.0 -1.0 -1.0 1.0 -1.0 1.0 1.0 1.0 1.0 -1.0 1.0 -1.0";
-        write_file("slow.dxf", dxf(QByteArrayList(5000, wall)));
+        const QString wall = "3DFACE -1.0 -1.0 -1.0 1.0 -1.0 1.0 1.0 1.0 1.0 -1.0 1.0 -1.0";
+        write_file("slow.dxf", dxf(QStringList(5000, wall)));
         write_file("empty.dxf", dxf({}));
         QVERIFY(QFile::resize(write_file("large.dxf", ""), (256 << 20) + 1));
         write_file("folder/file", "");
