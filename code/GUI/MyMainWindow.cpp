@@ -317,36 +317,6 @@ void MyMainWindow::orient(QGLEditor::Orientation_Mode mode)
     }
 }
 
-void MyMainWindow::setFrontView()
-{
-    orient(QGLEditor::FRONT);
-}
-
-void MyMainWindow::setBackView()
-{
-    orient(QGLEditor::BACK);
-}
-
-void MyMainWindow::setLeftView()
-{
-    orient(QGLEditor::LEFT);
-}
-
-void MyMainWindow::setRightView()
-{
-    orient(QGLEditor::RIGHT);
-}
-
-void MyMainWindow::setTopView()
-{
-    orient(QGLEditor::TOP);
-}
-
-void MyMainWindow::setBottomView()
-{
-    orient(QGLEditor::BOTTOM);
-}
-
 void MyMainWindow::setSrcView()
 {
     if (MyGlMDIChild* child = activeMyGlMDIChild()) {
@@ -364,21 +334,6 @@ void MyMainWindow::render(GLObject::DRendering mode)
         child->get_drawing_object(i)->rendering(mode);
     child->update();
     updateMenus();
-}
-
-void MyMainWindow::setPointView()
-{
-    render(GLObject::POINT);
-}
-
-void MyMainWindow::setWireframeView()
-{
-    render(GLObject::WIREFRAME);
-}
-
-void MyMainWindow::setSolidView()
-{
-    render(GLObject::SOLID);
 }
 
 void MyMainWindow::switchLayoutDirection()

@@ -47,16 +47,16 @@ private slots:
     MyGlMDIChild* createMyGlMDIChild();
     void switchLayoutDirection();
     void setActiveSubWindow(QWidget* window);
-    void setFrontView();
-    void setBackView();
-    void setLeftView();
-    void setRightView();
-    void setTopView();
-    void setBottomView();
+    void setFrontView() { orient(QGLEditor::FRONT); }
+    void setBackView() { orient(QGLEditor::BACK); }
+    void setLeftView() { orient(QGLEditor::LEFT); }
+    void setRightView() { orient(QGLEditor::RIGHT); }
+    void setTopView() { orient(QGLEditor::TOP); }
+    void setBottomView() { orient(QGLEditor::BOTTOM); }
     void setSrcView();
-    void setPointView();
-    void setWireframeView();
-    void setSolidView();
+    void setPointView() { render(GLObject::POINT); }
+    void setWireframeView() { render(GLObject::WIREFRAME); }
+    void setSolidView() { render(GLObject::SOLID); }
 
 private:
     void createActions();
