@@ -1,5 +1,5 @@
-# Updates the desktop's databases after `files` were installed or removed. Leaves a staged installation (DESTDIR) to
-# whoever unpacks it.
+# Updates the desktop's databases after `files` were installed or removed. Does nothing for a staged installation
+# (DESTDIR).
 if("$ENV{DESTDIR}" STREQUAL "")
   foreach(file IN LISTS files)
     if(file MATCHES "^(.*/applications)/")
