@@ -1,5 +1,5 @@
-// Start-up: splash screen, main window, the drawing named on the command line, event loop. Also ends the program
-// cleanly without memory, a display or OpenGL.
+// Start-up: splash screen, main window, the drawing named on the command line, event loop. Ends with a message if there
+// is no memory, display or OpenGL.
 
 #include "GUI/Boxes.h"
 #include "GUI/MyMainWindow.h"
@@ -31,8 +31,7 @@ namespace
 
 QtMessageHandler default_handler = nullptr;
 
-/// Ends the program with an exit code after a fatal message, such as Qt's when no display can be reached. Qt would dump
-/// core.
+/// Exits after a fatal message, such as Qt's if no display can be reached. Qt itself would dump core.
 void handle_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     default_handler(type, context, message);
@@ -40,7 +39,7 @@ void handle_message(QtMsgType type, const QMessageLogContext& context, const QSt
         ::_exit(EXIT_FAILURE);
 }
 
-/// Whether there is OpenGL; tells the user if not.
+/// Whether there is OpenGL; shows a message if not.
 bool check_OpenGL()
 {
     QOpenGLContext context;
@@ -106,7 +105,7 @@ int main(int argc, char** argv)
     mysplash->finish(&mainWin);
     mysplash.reset();
     QApplication::restoreOverrideCursor();
-    // If the window has been closed while the splash screen went, nothing else would end the event loop.
+    // If the window was closed while the splash screen was shown, nothing else would end the event loop.
     if (!mainWin.isVisible())
         QMetaObject::invokeMethod(&app, "quit", Qt::QueuedConnection);
     return QApplication::exec();

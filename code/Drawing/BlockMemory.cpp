@@ -1,5 +1,5 @@
-// The blocks that memory is cut from. A block is an array of pages that are aligned to their size, so rounding down the
-// address of a piece gives its page, and the page knows its block.
+// The blocks that memory is cut from. A block is an array of pages aligned to their size: the address of a piece,
+// rounded down, is that of its page, and the page knows its block.
 
 #include "BlockMemory.h"
 
@@ -22,8 +22,8 @@ struct alignas(page_size) Page {
 Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
-/// Moves to the next page of the block, or to a new block. Huge pages make first writes five times as fast; they have
-/// to be requested before.
+/// Moves to the next page of the block, or to a new block. Huge pages, which must be requested before the first write,
+/// make first writes five times as fast.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {

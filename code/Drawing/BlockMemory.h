@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
-/// A bump allocator: cuts pieces off large blocks, one behind the other, aligned for pointers and doubles. A block is
-/// freed or reused when all of its pieces are released, which suits the objects of a drawing: they come and go
-/// together. For one thread, and for pieces of up to some kilobytes.
+/// A bump allocator: cuts consecutive pieces off large blocks, aligned for pointers and doubles. A block is freed or
+/// reused when all of its pieces are released, which suits the objects of a drawing: they come and go together. Not
+/// thread-safe; for pieces of up to some kilobytes.
 namespace BlockMemory
 {
 

@@ -1,11 +1,11 @@
-// DRVect3d: the three-dimensional vector that stands for points, corners and colours.
-// Their units are left to its users.
+// DRVect3d: the three-dimensional vector for points, corners and colours.
+// Their units are left to the callers.
 #pragma once
 
 #include <cmath>
 
-/// A vector of three doubles. As a point it holds model coordinates in drawing units, as a colour red, green and
-/// blue from 0 to 1. Every value is accepted, infinities and NaN included; nothing is checked.
+/// A vector of three doubles: for a point, model coordinates in drawing units; for a colour, red, green and blue from
+/// 0 to 1. Every value is accepted, infinities and NaN included.
 class DRVect3d
 {
 public:

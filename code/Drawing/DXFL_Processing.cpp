@@ -1,4 +1,4 @@
-// The DXF reader: each line judged against the one before it, and the extents of the result.
+// The DXF reader, which interprets each line together with the one before it, and the extents of the result.
 
 #include "DXFL_Processing.h"
 
@@ -40,14 +40,14 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// Opens a regular file, or a FIFO or device that is at its end at once, such as /dev/null or a FIFO without a writer.
-/// Null for all others, for reading them might never end.
+/// Null for all others, because reading them might never end.
 File open_file(const std::string& file_name)
 {
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
-    // Non-blocking for regular files, too: some in /proc, such as kmsg, would block.
+    // Regular files are opened non-blocking, too: some in /proc, such as kmsg, would block.
     int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // leased; its owner is asked to give it up
+    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // leased: this blocks until the owner gives it up
         descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
@@ -59,6 +59,7 @@ File open_file(const std::string& file_name)
     return nullptr;
 }
 
+/// Searches by hand, because on short lines a call of memchr, as in find(), takes longer than the line.
 bool contains(std::string_view line, std::string_view word)
 {
     for (; line.size() >= word.size(); line.remove_prefix(1))
@@ -82,7 +83,7 @@ class OpenEntity
 public:
     explicit operator bool() const { return my_entity != nullptr; }
 
-    /// Appends an entity for each keyword in the value `line` of group code 0; the last one is open then.
+    /// Appends an entity for each keyword in `line`, a value of group code 0. The last one becomes the open one.
     void start(std::string_view line, std::list<DraftEntity*>& drentity_lst)
     {
         for (const EntityStart& start : entity_starts) {
@@ -181,7 +182,7 @@ bool DXFL_Processing::get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect
     if (drentity_lst.empty())
         return false;
 
-    // Of equal values, 0 and -0, the first is the smallest and the last the largest, as in a stable sort.
+    // Of equal values (0 and -0), the first becomes the minimum and the last the maximum, as in a stable sort.
     struct Range {
         double min = std::numeric_limits<double>::infinity();
         double max = -std::numeric_limits<double>::infinity();

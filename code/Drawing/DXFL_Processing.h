@@ -12,28 +12,28 @@
 using Draft_Entity_iterator = std::list<DraftEntity*>::const_iterator;
 
 /// Reads the POINT, LINE and 3DFACE entities of the ENTITIES section of a DXF file in its text form (group codes 0,
-/// 2, 5, 8 and 10 to 33 of the DXF reference). The file is read line by line, not as strict pairs: each line is taken
-/// as the value of the line before it, if that one denotes a group code. Numbers are read in the C locale.
+/// 2, 5, 8 and 10 to 33 of the DXF reference). The file is read line by line, not as strict pairs: a line is taken as
+/// a value if the line before it denotes a group code. Numbers are read in the C locale.
 class DXFL_Processing
 {
 public:
-    /// Reads the file at the path `file_name` and appends its entities to `drentity_lst`, whose owner owns them from
-    /// then on. If the status is not 0, the list is unchanged.
+    /// Reads the file at the path `file_name` and appends its entities to `drentity_lst`, whose owner then owns them.
+    /// If the status is not 0, the list is unchanged.
     DXFL_Processing(std::string file_name, std::list<DraftEntity*>& drentity_lst);
     ~DXFL_Processing() = default;
 
-    /// 0: the file was read. -1: the path cannot be queried. 1: it is a directory (or a socket or block device, which
+    /// 0: the file was read. -1: stat() fails. 1: it is a directory (or a socket or block device, which
     /// share the directory's mode bit). 2: the file cannot be opened for reading. A FIFO or character device that is at
     /// its end counts as an empty file; any other gets 2, because reading it might never end.
     int get_file_status() const { return file_status; }
 
     /// The extents of `drentity_lst` in model coordinates: its smallest and its largest x, y and z, and the largest
-    /// absolute value among all coordinates. False for an empty list, which leaves the outputs as they were. A NaN
-    /// is ignored, unless an axis or all of them hold nothing else: that axis or the limit is NaN then.
+    /// absolute value among all coordinates. False for an empty list, which leaves the outputs as they were. NaNs are
+    /// ignored; an axis that has nothing else is NaN, and if all axes are, so is the limit.
     bool get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect3d& min_pnt, DRVect3d& max_pnt,
                       double& dlimit) const;
 
-    /// What tells the group codes that a line denotes to the reader.
+    /// Finds the group codes that a line denotes, by the rules of the reader.
     static GroupCodes group_codes() { return GroupCodes(&DXFL_Processing::is_tag_string); }
 
 private:

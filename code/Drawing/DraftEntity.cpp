@@ -1,4 +1,4 @@
-// The points of an entity: made with it, filled by the reader, released with it.
+// The points of an entity: created and released with it, filled by the reader.
 
 #include "DraftEntity.h"
 

@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-/// One entity of a drawing: its type, its handle, its layer and its points, whose number follows from the type.
-/// Coordinates are model coordinates in drawing units. Point indices count from 0; every indexed operation returns
-/// false and changes nothing (its out-arguments included) for an index at or beyond points().
+/// One entity of a drawing: its type, handle, layer and points, whose number depends on the type. Coordinates are model
+/// coordinates in drawing units. Point indices count from 0; every indexed operation returns false and changes nothing
+/// (its out-arguments included) for an index at or beyond points().
 class DraftEntity
 {
 public:
@@ -42,7 +42,7 @@ public:
     EntityType get_type() const { return my_type; }
     unsigned int points() const { return static_cast<unsigned int>(my_points.size()); }
 
-    /// A `cur_coord` outside the enumeration changes nothing, and is no failure.
+    /// A `cur_coord` outside the enumeration changes nothing, but still returns true.
     bool set_coordinate(double cur_val, Coordinate cur_coord, unsigned int cur_point);
     bool get_coordinate(double& cur_val, Coordinate cur_coord, unsigned int cur_point) const;
 

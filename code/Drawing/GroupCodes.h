@@ -19,16 +19,16 @@ inline constexpr Codes code_2 = 0x2000; // a section's name
 inline constexpr Codes code_5 = 0x4000; // an entity's handle
 inline constexpr Codes code_8 = 0x8000; // an entity's layer name
 
-/// A line that denotes a group code has no other characters.
+/// A line that denotes a group code consists of these characters.
 inline constexpr std::string_view code_characters = "012358 \r\n\t";
 
-/// Finds the group codes that a line denotes, by the test that it is given. Remembers the results for lines of up to
-/// eight characters, which nearly all group codes are.
+/// Finds the group codes that a line denotes, with a given test. Caches the results for lines of up to eight
+/// characters, as nearly all lines with a group code are.
 class GroupCodes
 {
 public:
-    /// Whether the line `presence_str` denotes the group code `model_str`. Must be false unless the line contains the
-    /// code and consists of code characters.
+    /// Whether the line `presence_str` denotes the group code `model_str`. Only called if the line contains the code
+    /// and consists of code characters.
     using Test = bool (*)(std::string presence_str, std::string model_str);
 
     explicit GroupCodes(Test denotes) : my_denotes(denotes) {}

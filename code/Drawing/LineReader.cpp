@@ -18,7 +18,7 @@ std::uint64_t word_at(const char* text)
     return le64toh(word);
 }
 
-/// The lowest set bit lies in the first LF of `word`; higher bits mean nothing. 0 if there is no LF.
+/// The lowest set bit is the top bit of the first LF in `word`; higher bits may be wrong. 0 if there is no LF.
 std::uint64_t line_feeds(std::uint64_t word)
 {
     constexpr std::uint64_t ones = 0x0101010101010101;
@@ -41,7 +41,7 @@ bool LineReader::next(Line& line)
             const char* const begin = my_block.data() + my_begin;
             line.head = word_at(begin);
             if (at == my_begin)
-                line.head &= feeds ^ (feeds - 1);
+                line.head &= feeds ^ (feeds - 1); // clears what follows the LF
             my_begin = at + static_cast<std::size_t>(__builtin_ctzll(feeds)) / 8 + 1;
             line.text = {begin, static_cast<std::size_t>(my_block.data() + my_begin - begin)};
             return true;
@@ -61,6 +61,6 @@ bool LineReader::read_more()
     const std::size_t room = my_block.size() - word_size - unfinished;
     const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file);
     my_end = unfinished + count;
-    std::memset(my_block.data() + my_end, 0, word_size); // else an LF of an earlier line may be found
+    std::memset(my_block.data() + my_end, 0, word_size); // otherwise next() could find an LF of older data
     return count > 0;
 }

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-/// Every character of a line up to and including its LF.
+/// A line with its LF.
 struct Line {
     std::string_view text;
-    std::uint64_t head = 0; // its first eight bytes, the first one lowest; 0 behind the LF of a shorter line
+    std::uint64_t head = 0; // its first eight bytes, the first one lowest; zeros follow the LF of a shorter line
 };
 
 /// Reads a file in blocks and returns its lines. What follows the last LF is not a line. Lines may hold any bytes and
@@ -19,7 +19,7 @@ struct Line {
 class LineReader
 {
 public:
-    /// `file` is open for reading and stays the caller's.
+    /// `file` must be open for reading, and remains the caller's.
     explicit LineReader(std::FILE* file);
 
     /// Sets `line` to the next line, which is valid until the next call. Returns false at the end of the file or on a

@@ -1,4 +1,4 @@
-// Numbers of DXF files: short decimals by hand, longer ones through from_chars, all else through the C library.
+// Reads the numbers of DXF files: short decimals by hand, longer ones with from_chars, all others with the C library.
 
 #include "Number.h"
 
@@ -27,7 +27,7 @@ bool ends_number(char c)
 }
 
 /// Appends the digits at `at` to `number` and returns the position behind them. `number` overflows after nineteen
-/// digits; it is only used up to fifteen.
+/// digits, but is only used up to fifteen.
 const char* read_digits(const char* at, std::uint64_t& number)
 {
     for (;; ++at) {
@@ -38,7 +38,7 @@ const char* read_digits(const char* at, std::uint64_t& number)
     }
 }
 
-/// from_chars rounds correctly. What it does not read to the end goes to the C library, in the C locale.
+/// from_chars rounds correctly, in any locale. What it does not read to the end goes to the C library.
 double long_number(const char* begin, std::string_view text)
 {
     static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);

@@ -1,4 +1,4 @@
-// OwnedEntities: the entities of a drawing without a drawing window.
+// OwnedEntities: the entities of a drawing that has no drawing window.
 // Filling the list is left to DXFL_Processing.
 #pragma once
 

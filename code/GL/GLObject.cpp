@@ -52,7 +52,7 @@ GLObject::~GLObject()
     my_drentity = nullptr;
 }
 
-/// Any mark besides `selected` shows the object in its basic colour.
+/// An object has the selection colour only if `selected` is its only mark.
 const DRVect3d& GLObject::current_color() const
 {
     return my_mark == selected ? my_select_color : my_basic_color;

@@ -1,4 +1,4 @@
-// GLObject: one drawing entity in the form that OpenGL draws and picks.
+// GLObject: one drawing entity as OpenGL draws and picks it.
 // Which objects there are and when they are drawn is left to QGLEditor.
 #pragma once
 
@@ -17,7 +17,7 @@ public:
     /// How faces are drawn; points and lines look the same in every mode.
     enum DRendering : int { POINT, WIREFRAME, SOLID };
 
-    /// The entity stays its owner's and must outlive every draw().
+    /// The object does not own the entity, which must outlive every draw().
     explicit GLObject(DraftEntity* cur_drentity);
     ~GLObject() override;
     GLObject(const GLObject&) = delete;

@@ -1,4 +1,4 @@
-// Marker: a word of mark bits, as a GLObject has for being selected.
+// Marker: the base of objects that can be marked, as GLObjects are when selected.
 #pragma once
 
 /// The marks, used as a bit mask.
@@ -28,7 +28,7 @@ public:
         return true;
     }
 
-    /// Whether all bits of `mask` are set; so they are of the empty mask.
+    /// Whether all bits of `mask` are set; true for the mask 0.
     virtual bool check_mark(unsigned int mask) const { return (my_mark & mask) == mask; }
 
     /// Whether at least one bit of `mask` is set.

@@ -1,4 +1,4 @@
-// The view's OpenGL state, projection and drawing pass, its orientations and its mouse.
+// The view's OpenGL state, projection, drawing pass, orientations and mouse handling.
 
 #include "QGLEditor.h"
 
@@ -35,11 +35,11 @@ constexpr std::array<Angles, 6> orientation_angles{{
 
 constexpr unsigned int bufMaxSize = 512;
 
-/// The size of a hit record for a name stack of depth one: the number of names, the minimal and the maximal depth, the
-/// name.
+/// The size of a hit record if the name stack holds one name: the number of names, the minimal and the maximal depth,
+/// the name.
 constexpr unsigned int entries_per_hit = 4;
 
-/// The name in the hit record with the smallest depth, minimal or maximal; the earliest of equal ones.
+/// The name in the hit record with the smallest depth, minimal or maximal; the first one if several are equal.
 GLuint front_name(const GLuint* buffer, unsigned long count)
 {
     const auto depth = [](const GLuint* hit) { return std::min(hit[1], hit[2]); };
@@ -55,8 +55,9 @@ GLuint front_name(const GLuint* buffer, unsigned long count)
 /// Two opposite directional lights on the z axis of eye space, so that a face is lit alike from both sides.
 void set_up_lights(double limit)
 {
-    // The positions are those of the first view in the process and serve all later ones. OpenGL normalises them, so
-    // the square of the distance has to fit into a float, even if the first limit is 0, infinite or NaN.
+    // Static: the first view of the process sets the positions for all. The lights are directional, so their distance
+    // does not matter. But OpenGL normalises the positions, so its square has to fit into a float, even if the limit is
+    // 0, infinite or NaN.
     static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-19), 1e19));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
@@ -148,7 +149,9 @@ void QGLEditor::initializeGL()
     qglClearColor(Qt::darkGray);
     glDisable(GL_CULL_FACE);
     set_up_lights(drw_limit);
-    glFrontFace(GL_CW); // the smaller z is in front, so a face whose normal points to the eye runs clockwise
+    // The smaller z is in front but x points to the right, so the picture is a mirror image: a face whose normal points
+    // to the eye runs clockwise in it.
+    glFrontFace(GL_CW);
     for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
         glEnable(capability);
     glDepthFunc(GL_LESS);
@@ -213,7 +216,7 @@ void QGLEditor::mousePressEvent(QMouseEvent* event)
 {
     lastPos = event->position().toPoint();
     if (event->buttons() == event->button())
-        give_back_cursors(); // of a press whose release another window got
+        give_back_cursors(); // left by a press whose release went to another window
     if (event->buttons().testFlags(Qt::LeftButton | Qt::RightButton))
         push_cursor(Qt::SizeAllCursor);
     else if (event->buttons().testAnyFlags(Qt::LeftButton | Qt::RightButton))
@@ -263,12 +266,12 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const QPoint turned = event->angleDelta(); // in x while Alt is held
+    const QPoint turned = event->angleDelta(); // in x if Alt is held
     const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // wheel events arrive ignored, and Qt would pass it on to the parents
+    event->accept(); // wheel events arrive ignored, and Qt passes such events on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
@@ -300,7 +303,7 @@ unsigned long QGLEditor::entityIdAtPosition(const QPoint& pos, unsigned int MaxS
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    // The viewport is in pixels of the screen, an event in pixels of the widget.
+    // The viewport is in screen pixels, `pos` in widget pixels.
     const qreal pixels = devicePixelRatio();
     gluPickMatrix(pos.x() * pixels, viewport[3] - pos.y() * pixels, 3.0 * pixels, 3.0 * pixels, viewport);
     perspective_transformation(width(), height());

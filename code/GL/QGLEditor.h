@@ -1,5 +1,5 @@
-// QGLEditor: the OpenGL view of one drawing, turned, moved, zoomed and picked with the mouse.
-// How a single object is drawn is left to GLObject, and where drawings come from to the drawing window.
+// QGLEditor: the OpenGL view of one drawing, with rotation, translation, zoom and picking by mouse.
+// Drawing a single object is left to GLObject, loading a drawing to the drawing window.
 #pragma once
 
 #include "Drawing/DRVect3d.h"
@@ -54,7 +54,7 @@ public:
     DRVect3d drawing_translation() const { return {translationX, translationY, translationZ}; }
     DRVect3d drawing_translation(DRVect3d some_vect);
 
-    /// Appends an object, which the view owns from then on. Null and duplicates are not checked for: drawing null or
+    /// Appends an object, which the view then owns. Null and duplicates are not checked for: drawing null or
     /// deleting an object twice crashes.
     void add_drawing_object(GLObject* some_object) { drw_globjects.push_back(some_object); }
 
@@ -100,8 +100,8 @@ protected:
     void perspective_transformation(int cur_wwidth, int cur_wheight);
 
     /// Draws the 3 x 3 widget pixels around a widget position in selection mode and returns the number of hit records
-    /// in `buffer`, which has room for `MaxSize` entries. If it overflows, it is full and the result is larger than any
-    /// number of hits.
+    /// in `buffer`, which has room for `MaxSize` entries. If the buffer overflows, it is full and the result is larger
+    /// than any number of hits.
     unsigned long entityIdAtPosition(const QPoint& pos, unsigned int MaxSize, GLuint* buffer);
 
 private:
@@ -125,5 +125,5 @@ private:
     std::vector<GLObject*> drw_globjects; // owned
     unsigned long my_last_selected_entity_id = 0;
     Orientation_Mode drw_orientation = FRONT;
-    int my_cursors = 0; // override cursors pushed and not yet taken back
+    int my_cursors = 0; // override cursors pushed and not yet restored
 };

@@ -20,8 +20,8 @@ void QGLWidget::update()
     QOpenGLWidget::update();
 }
 
-/// Qt passes resizeGL pixels of the widget, and paints at once although a repaint is due. It does not call resizeGL
-/// when only the scale of the screen changes, but sets the viewport itself.
+/// Qt calls resizeGL with widget pixels, and paints at once although a repaint is due. If only the scale of the screen
+/// changes, it sets the viewport itself and does not call resizeGL.
 void QGLWidget::resizeEvent(QResizeEvent* event)
 {
     my_is_resizing = true;

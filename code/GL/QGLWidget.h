@@ -26,8 +26,8 @@ public:
 };
 
 /// A widget painted by OpenGL. The context is made when it is first shown; until then, and always without OpenGL,
-/// isValid() is false. Once shown, the widget has to stay in its window: the context that another window needs gets no
-/// resizeGL().
+/// isValid() is false. Once shown, the widget has to stay in its window: in another one it would get a new context, but
+/// no resizeGL().
 class QGLWidget : public QOpenGLWidget
 {
     Q_OBJECT
@@ -36,8 +36,8 @@ public:
     /// `shared` is ignored: Qt shares the contexts of one window anyway.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
-    /// Paints at once, if the widget is visible. QWidget::repaint() puts it off when the last paint is less than a
-    /// frame ago.
+    /// Paints at once, if the widget is visible. QWidget::repaint() delays a paint that is less than a frame after the
+    /// last one.
     void updateGL();
 
     /// Schedules a paint. Hides QWidget::update(), whose paint would be skipped right after updateGL().

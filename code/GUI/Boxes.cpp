@@ -1,4 +1,4 @@
-// Boxes by QMessageBox. A name whose markup would make Qt open a file is shown as plain text.
+// The boxes, made with QMessageBox, and the test for names that would make Qt open a file.
 
 #include "Boxes.h"
 

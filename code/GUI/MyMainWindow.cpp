@@ -36,7 +36,7 @@ QString link(const QString& address)
     return "<a href=\"" + address + "\">" + address + "</a>";
 }
 
-/// A fact as a row of a table.
+/// A row of a box's table.
 QString row(const QString& label, const QString& value)
 {
     return "<tr><td>" + label + "</td><td>&nbsp;:&nbsp;</td><td>" + value + "</td></tr>";
@@ -197,7 +197,7 @@ void MyMainWindow::updateMenus()
         action->setEnabled(hasMyGlMDIChild);
     separatorAct->setVisible(hasMyGlMDIChild);
 
-    // All objects of a view have the same mode, so the first one tells it.
+    // All objects of a view have the same mode, so the first one is enough.
     const GLObject* first = hasMyGlMDIChild ? child->get_drawing_object(0) : nullptr;
     const auto allowed = [&](GLObject::DRendering mode) {
         return hasMyGlMDIChild && (first == nullptr || first->rendering() != mode);
@@ -228,7 +228,7 @@ void MyMainWindow::updateWindowMenu()
         action->setChecked(child == activeMyGlMDIChild());
         connect(action, SIGNAL(triggered()), windowMapper, SLOT(map()));
         windowMapper->setMapping(action, windows.at(i));
-        // An entry goes with its window, even while the menu is open.
+        // An entry disappears with its window, even while the menu is open.
         connect(windows.at(i), &QObject::destroyed, action, [action] { delete action; });
     }
 }

@@ -1,4 +1,4 @@
-// MyMainWindow: the application's window, with its commands, the drawing windows and the information boxes.
+// MyMainWindow: the main window with its commands, its drawing windows and the information boxes.
 // Loading and showing a drawing is left to MyGlMDIChild.
 #pragma once
 
@@ -22,12 +22,12 @@ class MyMainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// Builds the window and gives it its stored position and size; showing it is left to the caller.
+    /// Builds the window, with its stored position and size; showing it is left to the caller.
     MyMainWindow();
     ~MyMainWindow() override;
 
-    /// Opens the named DXF file in a new drawing window, without a dialog. Warns and returns false for a file that
-    /// cannot be read; false, too, for an empty name.
+    /// Opens the named DXF file in a new drawing window, without a dialog. Warns and returns false if it cannot be
+    /// read; also returns false for an empty name.
     bool open_dxf(QString fileName);
 
 protected:

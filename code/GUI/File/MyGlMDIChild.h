@@ -1,5 +1,5 @@
-// MyGlMDIChild: the drawing window, an OpenGL view that loads one DXF file and knows its facts.
-// Its frame, and when it is shown or closed, are left to the main window.
+// MyGlMDIChild: the drawing window, an OpenGL view that loads one DXF file.
+// Its frame, showing and closing it are left to the main window.
 #pragma once
 
 #include "Drawing/DXFL_Processing.h"
@@ -10,7 +10,7 @@
 
 #include <list>
 
-/// A drawing window. It owns the entities of its drawing, and as a view the objects that draw them, whose local ids
+/// A drawing window. It owns the entities of its drawing and, as a view, the objects that draw them, whose local ids
 /// count from 1024 in list order.
 class MyGlMDIChild : public QGLEditor
 {
@@ -24,7 +24,7 @@ public:
     QSize sizeHint() const override;
 
     /// Loads a DXF file, once and before the window is shown. For a file that cannot be read it warns, changes nothing
-    /// and returns false; for one without a known entity it warns, leaves the view empty and returns true. Takes back
+    /// and returns false; for one without a known entity it warns, leaves the view empty and returns true. Removes
     /// the caller's wait cursor before a warning, during which the window may be closed and deleted.
     bool loadFile(const QString& fileName);
 
@@ -34,7 +34,7 @@ public:
     QString tell_file_path() const { return drw_path; }
     qint64 tell_file_size() const { return drw_size; }
 
-    /// The numbers of entities of each type.
+    /// The number of entities of each type.
     unsigned long points() const { return drw_point_quantity; }
     unsigned long lines() const { return drw_line_quantity; }
     unsigned long faces() const { return drw_face_quantity; }
