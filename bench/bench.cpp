@@ -1,6 +1,6 @@
-// The benchmark: measures every figure and what it is compared with in turn, in one run. Each time is the least of
-// several rounds, because other load on the machine can only add to it.
-// The drawings, the display and the page of results are left to script/bench.
+// The benchmark: measures each figure in turn with what it is compared with. Each time is the minimum of several
+// rounds, because other load on the machine can only add to it. The drawings, the display and the page of results are
+// left to script/bench.
 
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
@@ -28,11 +28,11 @@
 namespace
 {
 
-/// Returns the seconds of what it measures, without what it does before and after.
+/// Does some work and returns the seconds of the part that counts, without preparation and clean-up.
 using Work = std::function<double()>;
 
-/// Runs all works `rounds` times, each time in another order, and returns the least time of each. Free memory is given
-/// back before each run: a work that reuses another's memory would seem faster.
+/// Runs all works `rounds` times, each time in random order, and returns the minimum time of each. Free memory is
+/// returned to the system before each run, because a work that reuses another's memory would seem faster.
 std::vector<double> least_of(int rounds, const std::vector<Work>& works)
 {
     static std::mt19937 random{std::random_device{}()};
@@ -83,23 +83,23 @@ std::string grouped(unsigned long number)
     std::exit(2);
 }
 
-/// A drawing, by its kind of entity and its number of them.
+/// A drawing, by the kind and the number of its entities.
 struct Input {
     std::string folder;
     std::string kind;
-    unsigned long quantity;
+    unsigned long count;
 
-    std::string file() const { return folder + '/' + kind + '-' + std::to_string(quantity) + ".dxf"; }
-    std::string text() const { return grouped(quantity) + ' ' + kind; }
+    std::string file() const { return folder + '/' + kind + '-' + std::to_string(count) + ".dxf"; }
+    std::string text() const { return grouped(count) + ' ' + kind; }
 };
 
-/// Of a view on the screen.
+/// The place of a view on the screen.
 constexpr QRect place(0, 0, 800, 600);
 
 constexpr const char* counting = "counting its characters";
 constexpr const char* row_format = "| %-30s | %8s | %-28s | %8s | %5s | %7s | %-6s |\n";
 
-constexpr int targets_missed = 3; // an exit code of its own: the table is whole
+constexpr int targets_missed = 3; // the exit code if the table is complete but a target is missed
 bool targets_hold = true;
 
 /// Prints a row at once. The ratio of Tolmera's figure to the other one has to be at most `target`.
@@ -113,23 +113,23 @@ void print_row(const std::string& figure, double ours, const std::string& other,
     std::fflush(stdout);
 }
 
-/// Measures two works, prints a row and returns the other's seconds.
+/// Measures both works, prints a row and returns the seconds of `theirs`.
 double compare(int rounds, const std::string& figure, const Work& ours, const std::string& other, const Work& theirs,
                double target)
 {
-    std::fprintf(stderr, "Measuring %s beside %s\n", figure.c_str(), other.c_str());
+    std::fprintf(stderr, "Measuring %s against %s\n", figure.c_str(), other.c_str());
     const std::vector<double> seconds = least_of(rounds, {ours, theirs});
     print_row(figure, seconds[0], other, seconds[1], target);
     return seconds[1];
 }
 
-/// The least that the runs of a command have used: seconds of processor time, and bytes of its largest process.
+/// The minimum over the runs of a command: seconds of processor time, and bytes of its largest process.
 struct Used {
     double processor = std::numeric_limits<double>::infinity();
     double memory = std::numeric_limits<double>::infinity();
 };
 
-/// The run of a command to its first picture, if `preload` reports that, or else to its end. The benchmark ends if the
+/// Runs a command until its first picture, if `preload` reports that, or else until it ends. The benchmark ends if the
 /// command fails or takes five minutes.
 Work running(std::vector<std::string> command, Used& used, const char* preload = "")
 {
@@ -168,14 +168,14 @@ Work running(std::vector<std::string> command, Used& used, const char* preload =
     };
 }
 
-/// Measured before this process has grown, because a child's largest resident set starts from its parent's.
+/// Has to run before this process grows, because a child's peak resident set starts at its parent's.
 void measure_programs(const Input& faces, const std::string& f3d)
 {
     const std::string file = faces.file();
     const std::string picture = faces.folder + "/preview.png";
     Used ours;
     Used theirs;
-    // F3D's view is as large as a drawing's window wants to be, and no configuration file changes how it looks.
+    // F3D gets the size of a new drawing window; --dry-run makes it ignore its configuration files.
     compare(5, "first picture", running({TOLMERA, file}, ours, FIRST_SWAP), f3d,
             running({"f3d", "--dry-run", "--resolution=400,500", file}, theirs, FIRST_SWAP), 0.45);
     print_row("peak memory until then", ours.memory, f3d, theirs.memory, 0.62, memory);
@@ -183,13 +183,13 @@ void measure_programs(const Input& faces, const std::string& f3d)
             running({"f3d", "--dry-run", "--resolution=256,256", "--output=" + picture, file}, theirs), 0.6);
 }
 
-/// The drawings of other programs, against limits that we have set.
+/// Drawings as other programs write them, against limits of our own.
 void measure_foreign(const Input& faces)
 {
     const std::string foreign = faces.folder + "/rooms-2600.dxf";
     const std::string picture = faces.folder + "/preview.png";
     const std::string exploded = faces.folder + "/exploded.dxf";
-    const Input lines = {faces.folder, "lines", faces.quantity};
+    const Input lines = {faces.folder, "lines", faces.count};
     Used used;
     const std::vector<double> plain = least_of(
         5, {running({OPEN, faces.file()}, used, FIRST_SWAP), running({TOLMERA, faces.file()}, used, FIRST_SWAP)});
@@ -215,14 +215,14 @@ Work reading(const std::string& file)
 Work bare_pass(const std::string& file)
 {
     return [file] {
-        unsigned long quantity = 0;
+        unsigned long count = 0;
         const double seconds = seconds_of([&] {
             std::FILE* stream = std::fopen(file.c_str(), "r");
             while (std::fgetc(stream) != EOF)
-                ++quantity;
+                ++count;
             std::fclose(stream);
         });
-        return quantity > 0 ? seconds : fail(file);
+        return count > 0 ? seconds : fail(file);
     };
 }
 
@@ -239,9 +239,9 @@ void measure_peer(const Input& faces, const std::string& name, unsigned long (*r
                   double slower_at_least)
 {
     const auto its_reading = [&] {
-        unsigned long quantity = 0;
-        const double seconds = seconds_of([&] { quantity = read_faces(faces.file()); });
-        return quantity == faces.quantity ? seconds : fail(name);
+        unsigned long count = 0;
+        const double seconds = seconds_of([&] { count = read_faces(faces.file()); });
+        return count == faces.count ? seconds : fail(name);
     };
     compare(3, "read " + faces.text(), reading(faces.file()), name, its_reading, 1 / slower_at_least);
 }
@@ -276,21 +276,21 @@ void measure_repaints(const Input& faces)
     }
 }
 
-/// Compares the time for a face in a drawing with that in one of a hundredth its size. The small one is measured a
-/// hundred times in a row, so that other load affects both alike.
+/// Compares the time per face with that in a drawing of a hundredth the size. The small one is measured a hundred times
+/// in a row, so that other load affects both alike.
 void measure_growth(const Input& faces)
 {
-    const Input few = {faces.folder, faces.kind, faces.quantity / 100};
+    const Input few = {faces.folder, faces.kind, faces.count / 100};
     const auto compare_growth = [&](const std::string& name, const Work& large, const Work& small) {
-        const auto quantity = static_cast<double>(faces.quantity);
+        const auto count = static_cast<double>(faces.count);
         const auto often = [&] {
             double sum = 0.0;
             for (int i = 0; i < 100; ++i)
                 sum += small();
-            return sum / quantity;
+            return sum / count;
         };
         compare(
-            5, name + ", each face", [&] { return large() / quantity; }, "one of " + few.text(), often, 1.1);
+            5, name + ", each face", [&] { return large() / count; }, "one of " + few.text(), often, 1.1);
     };
     View large(QString::fromStdString(faces.file()), place);
     View small(QString::fromStdString(few.file()), place);
@@ -307,16 +307,15 @@ void measure_growth(const Input& faces)
 int main(int argc, char** argv)
 {
     if (argc != 4)
-        fail("tolmera_bench FOLDER QUANTITY F3D-AND-ITS-VERSION");
+        fail("reading the arguments FOLDER COUNT F3D-VERSION");
     const Input faces = {argv[1], "faces", std::strtoul(argv[2], nullptr, 10)};
     std::printf(row_format, "figure", "Tolmera", "compared with", "takes", "ratio", "at most", "target");
     std::printf(row_format, "---", "---:", "---", "---:", "---:", "---:", "---");
     measure_programs(faces, argv[3]);
     measure_foreign(faces);
-    // Measured before there is a second thread, which would make every fgetc and every allocation slower.
+    // Before there is a second thread, with which fgetc and malloc start to lock.
     double bare_seconds = 0.0;
-    for (const Input& input :
-         {Input{faces.folder, "points", faces.quantity}, {faces.folder, "lines", faces.quantity}, faces})
+    for (const Input& input : {Input{faces.folder, "points", faces.count}, {faces.folder, "lines", faces.count}, faces})
         bare_seconds =
             compare(9, "read " + input.text(), reading(input.file()), counting, bare_pass(input.file()), 0.9);
     measure_peer(faces, assimp_name(), read_with_assimp, 2.9);

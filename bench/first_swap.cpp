@@ -1,5 +1,5 @@
-// A library to preload into a viewer: after the first swap of OpenGL's buffers it writes a byte to file descriptor 3
-// and ends the viewer.
+// A library to preload into a viewer: after the first OpenGL buffer swap it writes a byte to file descriptor 3 and ends
+// the viewer.
 
 #include <GL/glx.h>
 

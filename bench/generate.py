@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-# Writes a drawing for the benchmark: N faces, lines or points of a hilly terrain, in the form that AutoCAD 2000 and
-# later write; or a plan of N rooms with walls as polylines, doors as blocks, tables as circles, and text.
+# Writes a drawing for the benchmark: N faces, lines or points of a hilly terrain, in the format of AutoCAD 2000; or a
+# plan of N rooms with walls as polylines, doors as blocks, tables as circles, and text.
 # Usage: generate.py faces|lines|points|rooms N
 import math
 import sys
@@ -15,11 +15,11 @@ def corner(index: int, x: float, y: float) -> str:
     return f" {10 + index}\n{x:.6f}\n {20 + index}\n{y:.6f}\n {30 + index}\n{z:.6f}"
 
 
-def write_terrain(entity: str, marker: str, corners: int, quantity: int) -> None:
+def write_terrain(entity: str, marker: str, corners: int, count: int) -> None:
     print("  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES")
-    columns = math.ceil(math.sqrt(quantity))
+    columns = math.ceil(math.sqrt(count))
     step = 900 / columns
-    for i in range(quantity):
+    for i in range(count):
         row, column = divmod(i, columns)
         print(f"  0\n{entity}\n  5\n{0x1000 + i:X}\n330\n1F\n100\nAcDbEntity\n  8\nTERRAIN\n100\n{marker}")
         for index, (right, up) in enumerate([(0, 0), (1, 0), (1, 1), (0, 1)][:corners]):
@@ -27,13 +27,13 @@ def write_terrain(entity: str, marker: str, corners: int, quantity: int) -> None
     print("  0\nENDSEC\n  0\nEOF")
 
 
-def write_rooms(quantity: int) -> None:
+def write_rooms(count: int) -> None:
     drawing = ezdxf.new()
     door = drawing.blocks.new("DOOR")
     door.add_line((0, 0), (0, 0.9))
     door.add_arc((0, 0), 0.9, 0, 90)
     plan = drawing.modelspace()
-    for i in range(quantity):
+    for i in range(count):
         x, y = 6 * (i % 50), 4 * (i // 50)
         plan.add_lwpolyline([(x, y), (x + 5.7, y), (x + 5.7, y + 3.7), (x, y + 3.7)], close=True)
         plan.add_blockref("DOOR", (x + 1, y), dxfattribs={"rotation": 90 * (i % 4)})
@@ -44,8 +44,8 @@ def write_rooms(quantity: int) -> None:
 
 
 if __name__ == "__main__":
-    kind, quantity = sys.argv[1], int(sys.argv[2])
+    kind, count = sys.argv[1], int(sys.argv[2])
     if kind == "rooms":
-        write_rooms(quantity)
+        write_rooms(count)
     else:
-        write_terrain(*KINDS[kind], quantity)
+        write_terrain(*KINDS[kind], count)

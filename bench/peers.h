@@ -1,4 +1,4 @@
-// Other readers of DXF files, with as little work as possible: Assimp's faces get no post-processing, dxflib's are only
+// Other readers of DXF files, doing as little as possible: Assimp's faces get no post-processing, dxflib's are only
 // counted.
 #pragma once
 
@@ -16,7 +16,7 @@ inline std::string assimp_name()
            std::to_string(aiGetVersionPatch());
 }
 
-/// Both return the number of faces that they read.
+/// Both functions return the number of faces.
 inline unsigned long read_with_assimp(const std::string& file)
 {
     Assimp::Importer importer;

@@ -1,5 +1,4 @@
-// Measures the repaint and the pick of a drawing window, and a bare loop that sends the same OpenGL calls from one flat
-// array.
+// Measures repaints and picks of a drawing window, and a bare loop that sends the same OpenGL calls from a flat array.
 #pragma once
 
 #include "../tests/view.h"
@@ -42,7 +41,7 @@ inline std::vector<BareFace> read_bare_faces(const std::string& file)
     return faces;
 }
 
-/// The calls for faces with default colours, from the name 1024 on.
+/// The OpenGL calls of faces in the default colour, with names from 1024.
 inline void draw_bare_faces(const std::vector<BareFace>& faces, GLObject::DRendering mode)
 {
     const GLfloat diffuse[] = {0.961F, 0.961F, 0.961F, 1.0F};
@@ -70,14 +69,14 @@ inline void draw_bare_faces(const std::vector<BareFace>& faces, GLObject::DRende
     }
 }
 
-/// Draws faces in this mode from the next repaint on.
+/// Sets the rendering mode for the next repaint.
 inline void render(const View& view, GLObject::DRendering mode)
 {
     for (unsigned long i = 0; i < view.quantity_of_drawing_objects(); ++i)
         view.get_drawing_object(i)->rendering(mode);
 }
 
-/// The seconds until OpenGL has finished what `drawing` sends to it.
+/// The seconds until OpenGL has finished what `drawing` sends.
 template <typename Drawing> double seconds_to_finish(View& view, Drawing drawing)
 {
     view.makeCurrent();
