@@ -4,10 +4,10 @@ from __future__ import annotations
 
 import math
 from collections import Counter
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from functools import lru_cache
 from itertools import chain
-from typing import Callable, Iterable, Iterator, NamedTuple, Optional, Union
+from typing import Callable, Iterable, Iterator, Optional, Union
 
 from ezdxf.document import Drawing as Document
 from ezdxf.math import Matrix44, Vec3
@@ -17,45 +17,39 @@ from parts import MOST_PARTS, Parts, Refused, Shape
 from progress import Progress
 from shapes import LEAVES, TEXTS, Cut, Entity, Made, attribute, shapes_of
 
-DEEPEST = 100  # blocks in blocks
 TOLERANCE = 1e-3  # of the drawing's largest extent
 ROUNDING = 1e-15  # of a coordinate
 INVISIBLE, CONSTANT = 1, 2  # in group 70 of an ATTRIB, and of an ATTDEF that is seen wherever its block is
-TREE_SHARE, PARTS_SHARE = 0.2, 0.1  # of the whole work
 
 
 @dataclass(eq=False, slots=True)
 class Leaf:
-    """An entity with a shape. The shapes of a curve are rough: just good enough to tell its extents."""
+    """An entity with its shapes, which for a curve are just good enough to tell its extents. What points, lines and
+    faces cannot show has none."""
 
     layer: str
     name: str
     shapes: list[Shape]
-    curve: Optional[Cut]
-    finest: float  # a smaller distance from the curve is lost in the rounding of its coordinates
-    size: int  # the number of its shapes; 1 for a curve
+    curve: Optional[Cut] = None
+    size: int = 0  # the number of its shapes; 1 for a curve
 
 
-class Group(NamedTuple):
+@dataclass(eq=False, slots=True)
+class Group:
     """Items that are placed together: those of a block, or of a dimension and the like."""
 
     layer: str
     items: list[Item]
-    places: Callable[[], Iterable[Optional[Matrix44]]]  # None: where they are
-    scale: float  # the largest factor by which a place stretches them
-    copies: int  # the number of places
-    size: int  # the number of all shapes in all places, as far as is known before curves are cut
+    places: Callable[[], Iterable[Optional[Matrix44]]] = lambda: [None]  # where they are
+    scale: float = 1.0  # the largest factor by which a place stretches them
+    copies: int = 1  # the number of places
+    size: int = field(init=False)  # the number of all shapes in all places, as far as is known before curves are cut
+
+    def __post_init__(self) -> None:
+        self.size = self.copies * sum(item.size for item in self.items)
 
 
-class LeftOut(NamedTuple):
-    """An entity that points, lines and faces cannot show."""
-
-    layer: str
-    name: str
-    size: int = 0
-
-
-Item = Union[Leaf, Group, LeftOut]
+Item = Union[Leaf, Group]
 Placed = tuple[Leaf, Optional[Matrix44], float, str]  # a leaf as it is seen: place, largest scale and layer
 
 
@@ -69,11 +63,10 @@ class Drawing:
         self.everything = everything
         self.text = text
         self.blocks: dict[str, list[Item]] = {}
-        self.opened: list[Optional[str]] = []
         self.invisible = 0  # entities, each counted once
         self.left_out: Counter[str] = Counter()
         space = document.modelspace()
-        self.items = self.items_of(progress.count(TREE_SHARE, len(space), space))
+        self.items = self.items_of(progress.counted(0, len(space), space))
         self.size = sum(item.size for item in self.items)
         if self.size > MOST_PARTS:
             raise Refused(f"It is made of more than {MOST_PARTS:,} parts.")
@@ -82,40 +75,30 @@ class Drawing:
         items: list[Item] = []
         for entity in entities:
             name, layer = entity.dxftype(), attribute(entity, "layer", "0")
+            invisible = attribute(entity, "invisible", 0) or name == "ATTRIB" and entity.dxf.flags & INVISIBLE
             try:
-                if not self.everything and is_invisible(entity, name):
+                if invisible and not self.everything:
                     self.invisible += 1
                 elif self.text or name not in TEXTS:
                     items += self.items_of_one(entity, name, layer)
             except MemoryError:
                 raise
-            except Exception:  # an entity that makes no sense raises whatever the library stumbles over
-                items.append(LeftOut(layer, name))
+            except Exception:  # a flawed entity raises whatever the library stumbles over
+                items.append(Leaf(layer, name, []))
         return items
 
     def items_of_one(self, entity: Entity, name: str, layer: str) -> list[Item]:
         if name in LEAVES:
-            return [make_leaf(layer, name, shapes_of(entity))]
+            leaf = make_leaf(layer, name, shapes_of(entity))
+            return [] if name in TEXTS and not leaf.shapes else [leaf]  # a text may be blank
         if name == "INSERT":
             texts = self.items_of(entity.attribs)
-            return [self.insert(entity, layer), *([make_group(layer, texts)] if texts else [])]
+            return [self.insert(entity, layer), *([Group(layer, texts)] if texts else [])]
         parts = virtual_entities(entity) if isinstance(entity, SupportsVirtualEntities) else ()
         if name.endswith("DIMENSION"):
             parts = (part for part in parts if part.dxftype() != "POINT")  # which only mark where it was measured
-        items = self.items_within(None, parts)
-        return [make_group(layer, items) if items else LeftOut(layer, name)]
-
-    def items_within(self, name: Optional[str], entities: Iterable[Entity]) -> list[Item]:
-        """Returns the items of a block, or of an entity that is made of others and has no name."""
-        if name is not None and name in self.opened:
-            raise Refused(f'The block "{name}" contains itself.')
-        if len(self.opened) == DEEPEST:
-            raise Refused(f"Its blocks are nested more than {DEEPEST} deep.")
-        self.opened.append(name)
-        try:
-            return self.items_of(entities)
-        finally:
-            self.opened.pop()
+        items = self.items_of(parts)
+        return [Group(layer, items) if items else Leaf(layer, name, [])]
 
     def insert(self, entity: Entity, layer: str) -> Item:
         """Returns what an INSERT shows: the items of its block, once for each row and column."""
@@ -123,9 +106,10 @@ class Drawing:
         block = entity.block()
         if block.name not in self.blocks:
             seen = [part for part in block if part.dxftype() != "ATTDEF" or part.dxf.flags & CONSTANT]
-            self.blocks[block.name] = self.items_within(block.name, seen)
+            self.blocks[block.name] = [Leaf("0", "INSERT", [])]  # if the block contains itself
+            self.blocks[block.name] = self.items_of(seen)
         if not len(block) or not all(map(math.isfinite, (*first, dxf.row_spacing, dxf.column_spacing))):
-            return LeftOut(layer, "INSERT")
+            return Leaf(layer, "INSERT", [])
         rows = max(1, dxf.row_count) if dxf.row_spacing else 1
         columns = max(1, dxf.column_count) if dxf.column_spacing else 1
 
@@ -137,7 +121,7 @@ class Drawing:
                 yield place
 
         scale = max(abs(dxf.xscale), abs(dxf.yscale), abs(dxf.zscale))
-        return make_group(layer, self.blocks[block.name], places, scale, rows * columns)
+        return Group(layer, self.blocks[block.name], places, scale, rows * columns)
 
     def leaves(self) -> Iterator[Placed]:
         """Yields each entity that is seen, and counts what is left out or invisible."""
@@ -153,9 +137,10 @@ class Drawing:
             if layer.lower() in (self.frozen if isinstance(item, Group) else self.hidden):
                 self.invisible += times
             elif isinstance(item, Leaf):
-                yield item, matrix, scale, layer
-            elif isinstance(item, LeftOut):
-                self.left_out[item.name] += times
+                if item.shapes:
+                    yield item, matrix, scale, layer
+                else:
+                    self.left_out[item.name] += times
             elif not item.size:  # nothing to place, however often
                 yield from self.walk(item.items, None, 1.0, layer, times * item.copies)
             else:
@@ -168,7 +153,7 @@ class Drawing:
         drawing's largest extent."""
         parts, rough = Parts(), Parts()
         curves: list[Placed] = []
-        for leaf, matrix, scale, layer in progress.count(PARTS_SHARE / 2, self.size, self.leaves()):
+        for leaf, matrix, scale, layer in progress.counted(1, self.size, self.leaves()):
             (rough if leaf.curve else parts).add(leaf.shapes, matrix, layer)
             if leaf.curve:
                 curves.append((leaf, matrix, scale, layer))
@@ -177,7 +162,7 @@ class Drawing:
         if tolerance is None:
             corners = [corner for some in (parts, rough) if some.count for corner in some.extents()]
             tolerance = TOLERANCE * max(max(axis) - min(axis) for axis in zip(*corners))
-        for leaf, matrix, scale, layer in progress.count(PARTS_SHARE / 2, len(curves), curves):
+        for leaf, matrix, scale, layer in progress.counted(2, len(curves), curves):
             try:
                 shapes = cut(leaf, tolerance / scale if scale else math.inf)
             except MemoryError:
@@ -189,30 +174,20 @@ class Drawing:
         return parts
 
 
-def is_invisible(entity: Entity, name: str) -> bool:
-    return bool(attribute(entity, "invisible", 0) or name == "ATTRIB" and entity.dxf.flags & INVISIBLE)
-
-
 def make_leaf(layer: str, name: str, made: Made) -> Leaf:
     curve = None if isinstance(made, list) else made
     shapes = made if isinstance(made, list) else made(math.inf)
-    coordinates = list(chain.from_iterable(chain.from_iterable(vertices for _, vertices in shapes)))
-    if not math.isfinite(sum(coordinates)) or not shapes and name not in TEXTS:  # which may be blank
+    if not math.isfinite(sum(coordinates(shapes))):
         raise ValueError
-    finest = ROUNDING * max((abs(value) for value in coordinates), default=0.0)
-    return Leaf(layer, name, shapes, curve, finest, 1 if curve else len(shapes))
+    return Leaf(layer, name, shapes, curve, len(shapes[:1] if curve else shapes))
 
 
-def make_group(
-    layer: str,
-    items: list[Item],
-    places: Callable[[], Iterable[Optional[Matrix44]]] = lambda: [None],
-    scale: float = 1.0,
-    copies: int = 1,
-) -> Group:
-    return Group(layer, items, places, scale, copies, copies * sum(item.size for item in items))
+def coordinates(shapes: list[Shape]) -> Iterator[float]:
+    return chain.from_iterable(chain.from_iterable(vertices for _, vertices in shapes))
 
 
 @lru_cache(maxsize=1000)  # for the curves of a block that is inserted often
 def cut(leaf: Leaf, distance: float) -> list[Shape]:
-    return leaf.curve(max(distance, leaf.finest)) if leaf.curve else leaf.shapes
+    # A smaller distance from the curve is lost in the rounding of its coordinates.
+    finest = ROUNDING * max(abs(value) for value in coordinates(leaf.shapes))
+    return leaf.curve(max(distance, finest)) if leaf.curve else leaf.shapes

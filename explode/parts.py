@@ -18,8 +18,8 @@ FIT = 100.0  # the largest coordinate of a fitted drawing
 Vertex = tuple[float, float, float]
 
 
-class Refused(BaseException):
-    """The reason why a drawing is not exploded, as a sentence for the user. No "except Exception" catches it."""
+class Refused(Exception):
+    """The reason why a drawing is not exploded, as a sentence for the user."""
 
 
 class Shape(NamedTuple):
@@ -27,13 +27,6 @@ class Shape(NamedTuple):
 
     kind: str
     vertices: Sequence[Vertex]
-
-
-class Fit(NamedTuple):
-    """How a drawing is moved, and then scaled about the origin."""
-
-    move: list[float]
-    factor: float
 
 
 class Parts:
@@ -80,14 +73,14 @@ class Parts:
         largest = max(abs(value) for value in low + high)
         return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= 2.0 * largest / 4.0
 
-    def fit(self) -> Fit:
-        """Moves the middle to the origin, and scales the largest coordinate to FIT."""
+    def fit(self) -> tuple[list[float], float]:
+        """Moves the middle to the origin, then scales the largest coordinate to FIT. Returns by how much."""
         low, high = self.extents()
         move = [0.0 - (a + b) / 2.0 for a, b in zip(low, high)]
         factor = FIT / (max(b - a for a, b in zip(low, high)) / 2.0 or FIT)
         for axis in range(3):
             self.coordinates[axis::3] = array("d", [(x + move[axis]) * factor for x in self.coordinates[axis::3]])
-        return Fit(move, factor)
+        return move, factor
 
 
 def placed(vertices: Iterable[Vertex], matrix: Matrix44) -> Iterator[Vertex]:

@@ -3,11 +3,12 @@
 from __future__ import annotations
 
 import math
+from functools import lru_cache
 from itertools import islice
 from typing import Any, Callable, Iterable, Iterator, Sequence, Union
 
 from ezdxf.entities.boundary_paths import BoundaryPathType, EdgeType
-from ezdxf.math import BSpline, ConstructionArc, ConstructionEllipse, Vec2, Vec3, arc_angle_span_deg, bulge_center
+from ezdxf.math import BSpline, ConstructionEllipse, Vec2, Vec3, arc_angle_span_deg, bulge_center
 from ezdxf.math.triangulation import mapbox_earcut_2d
 from ezdxf.render.trace import TraceBuilder
 
@@ -27,9 +28,10 @@ def shapes_of(entity: Entity) -> Made:
     """Returns the shapes of an entity that LEAVES lists, or for a curve a function that returns those which keep within
     a distance of it. An entity that makes no sense ends in some exception."""
     made = LEAVES[entity.dxftype()](entity)
-    height = height_of(entity)
-    if not height:
+    thickness = attribute(entity, "thickness", 0.0)
+    if not thickness:
         return made
+    height = Vec3(entity.dxf.extrusion).normalize(thickness)
     if isinstance(made, list):
         return extruded(made, height)
     cut = made
@@ -79,12 +81,6 @@ def cut_polygon(rings: list[list[Vec3]]) -> list[Shape]:
     return [triangle(*(raised[flat.x, flat.y] for flat in cut)) for cut in mapbox_earcut_2d(flats[0], flats[1:])]
 
 
-def height_of(entity: Entity) -> Vec3:
-    """Returns the thickness of an entity (group 39) as a vector, which is zero for most."""
-    thickness = attribute(entity, "thickness", 0.0)
-    return Vec3(entity.dxf.extrusion).normalize(thickness) if thickness else Vec3()
-
-
 def extruded(shapes: list[Shape], height: Vec3) -> list[Shape]:
     """Returns extruded shapes: a point becomes a line, a line a face, and a face a solid."""
     result: list[Shape] = []
@@ -115,11 +111,11 @@ def lines_of_arc(radius: float, angle: float, distance: float) -> int:
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
 
 
-def arc_angles(arc: Any, distance: float) -> Iterable[float]:
+def arc_angles(radius: float, start: float, end: float, distance: float) -> Iterable[float]:
     """Yields the angles at which an arc is cut, in degrees."""
-    angle = arc_angle_span_deg(arc.start_angle, arc.end_angle) or 360.0
-    count = lines_of_arc(abs(arc.radius), angle, distance)
-    return (arc.start_angle + angle * i / count for i in range(count + 1))
+    angle = arc_angle_span_deg(start, end) or 360.0
+    count = lines_of_arc(abs(radius), angle, distance)
+    return (start + angle * i / count for i in range(count + 1))
 
 
 def ellipse_vertices(tool: ConstructionEllipse, distance: float) -> Iterable[Vec3]:
@@ -134,22 +130,14 @@ def spline_vertices(tool: BSpline, distance: float) -> Iterable[Vec3]:
 
 
 def arc(entity: Entity) -> Cut:
-    circle = ConstructionArc(
-        radius=entity.dxf.radius,
-        start_angle=attribute(entity, "start_angle", 0.0),
-        end_angle=attribute(entity, "end_angle", 360.0),
-    )
-    return lambda distance: chain(entity.vertices(arc_angles(circle, distance)))
+    start, end = attribute(entity, "start_angle", 0.0), attribute(entity, "end_angle", 360.0)
+    return lambda distance: chain(entity.vertices(arc_angles(entity.dxf.radius, start, end, distance)))
 
 
-def ellipse(entity: Entity) -> Cut:
+def curve(entity: Entity) -> Cut:
     tool = entity.construction_tool()
-    return lambda distance: chain(ellipse_vertices(tool, distance))
-
-
-def spline(entity: Entity) -> Cut:
-    tool = entity.construction_tool()
-    return lambda distance: chain(spline_vertices(tool, distance))
+    vertices: Any = ellipse_vertices if entity.dxftype() == "ELLIPSE" else spline_vertices
+    return lambda distance: chain(vertices(tool, distance))
 
 
 def lwpolyline(entity: Entity) -> Made:
@@ -191,10 +179,6 @@ def grid(entity: Entity, points: list[Vec3], rows: int, columns: int) -> list[Sh
     return shapes
 
 
-def mesh(entity: Entity) -> list[Shape]:
-    return faces_of([Vec3(vertex) for vertex in entity.vertices], entity.faces)
-
-
 def faces_of(vertices: list[Vec3], faces: Iterable[Sequence[int]]) -> list[Shape]:
     """Returns the shapes of faces that are given as indices of vertices, but for faces with a wrong index."""
     known = range(len(vertices))
@@ -209,21 +193,20 @@ def flat_polyline(
     def cut(distance: float) -> list[Shape]:
         return chain(raised(round_vertices(corners, closed, distance), entity, elevation))
 
+    @lru_cache(maxsize=1)  # for the many arcs of which an octagon is good enough
     def band(count: int) -> list[Shape]:
         faces = TraceBuilder.from_polyline(entity, segments=count).faces()
         vertices = iter(raised((vertex for face in faces for vertex in face), entity, elevation))
         return [shape for face in zip(*[vertices] * 4) for shape in polygon(list(face))]
 
     def cut_band(distance: float) -> list[Shape]:
-        count = lines_of_arc(max(radii) + width / 2.0, 360.0, distance)
-        return octagonal if count == 8 else band(count)
+        return band(lines_of_arc(max(radii) + width / 2.0, 360.0, distance))
 
     corners = [(Vec2(x, y), bulge) for x, y, bulge in points]
     radii = [start.distance(bulge_center(start, end, bulge)) for start, end, bulge in sides(corners, closed) if bulge]
     if not width:
         return cut if radii else cut(0.0)
-    octagonal = band(8)
-    return cut_band if radii else octagonal
+    return cut_band if radii else band(8)
 
 
 def raised(flat: Iterable[Union[Vec2, Vec3]], entity: Entity, elevation: float) -> Iterable[Vec3]:
@@ -279,7 +262,9 @@ def boundary(path: Any, distance: float) -> Iterator[Iterable[Union[Vec2, Vec3]]
 
 EDGES: dict[EdgeType, Callable[[Any, float], Iterable[Union[Vec2, Vec3]]]] = {
     EdgeType.LINE: lambda edge, distance: [edge.start, edge.end],
-    EdgeType.ARC: lambda edge, distance: edge.construction_tool().vertices(arc_angles(edge, distance)),
+    EdgeType.ARC: lambda edge, distance: edge.construction_tool().vertices(
+        arc_angles(edge.radius, edge.start_angle, edge.end_angle, distance)
+    ),
     EdgeType.ELLIPSE: lambda edge, distance: ellipse_vertices(edge.construction_tool(), distance),
     EdgeType.SPLINE: lambda edge, distance: spline_vertices(edge.construction_tool(), distance),
 }
@@ -302,12 +287,11 @@ LEAVES: dict[str, Callable[[Entity], Made]] = {
     "POINT": lambda entity: [Shape(POINT, [entity.dxf.location.xyz])],
     "LINE": lambda entity: [Shape(LINE, [entity.dxf.start.xyz, entity.dxf.end.xyz])],
     **dict.fromkeys(("3DFACE", "SOLID", "TRACE"), lambda entity: polygon(entity.wcs_vertices())),
-    "MESH": mesh,
+    "MESH": lambda entity: faces_of(Vec3.list(entity.vertices), entity.faces),
     "POLYLINE": polyline,
     "LWPOLYLINE": lwpolyline,
     **dict.fromkeys(("CIRCLE", "ARC"), arc),
-    "ELLIPSE": ellipse,
-    **dict.fromkeys(("SPLINE", "HELIX"), spline),
+    **dict.fromkeys(("ELLIPSE", "SPLINE", "HELIX"), curve),
     **dict.fromkeys(("HATCH", "MPOLYGON"), hatch),
     **dict.fromkeys(("3DSOLID", "BODY", "REGION", "SURFACE"), body),
     **dict.fromkeys(TEXTS, text),

@@ -6,7 +6,7 @@ import io
 import re
 from functools import lru_cache
 from itertools import chain
-from typing import BinaryIO, NamedTuple
+from typing import BinaryIO
 
 from ezdxf.filemanagement import new
 from ezdxf.lldxf.encoding import decode_dxf_unicode
@@ -17,16 +17,8 @@ from progress import Progress
 # Handles that begin with a letter are no group codes. The other objects of the file have smaller ones.
 FIRST_HANDLE = 0xA00000
 
-SHARE = 0.2  # of the whole work
 CLASSES = {POINT: "AcDbPoint", LINE: "AcDbLine", FACE: "AcDbFace"}
 CORNERS = {POINT: 1, LINE: 2, FACE: 4}
-
-
-class Form(NamedTuple):
-    """An entity as text, with places for its handle and its coordinates, and the order of its corners in it."""
-
-    text: str
-    corners: list[int]
 
 
 def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Progress) -> None:
@@ -35,7 +27,7 @@ def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Prog
     head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, parts)
     stream.write(head.encode())
     handle = FIRST_HANDLE
-    for kind, layer, coordinates in progress.count(SHARE, len(parts.kinds), parts):
+    for kind, layer, coordinates in progress.counted(3, len(parts.kinds), parts):
         shape, order = form(kind, layers[layer])
         # A bare 0 would end the entity, so there is always a decimal point.
         values = [text if "." in text else text.replace("e", ".0e") for text in map(repr, coordinates)]
@@ -48,10 +40,10 @@ def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Prog
 
 
 @lru_cache(maxsize=None)
-def form(kind: str, name: str) -> Form:
-    """Returns the form of an entity on the layer `name`. A reader may take a layer's name such as 31 for a group code.
-    That only harms if it completes the entity, so the corners are written in an order in which another code comes
-    last."""
+def form(kind: str, name: str) -> tuple[str, list[int]]:
+    """Returns an entity on the layer `name` as text, with places for its handle and its coordinates, and the order of
+    its corners. A reader may take a layer's name such as 31 for a group code. That only harms if the code completes the
+    entity, so the corners are in an order in which another code comes last."""
     corners = list(range(CORNERS[kind]))
     for order in (corners, corners[1:] + corners[:1]):
         if f"3{order[-1]}" not in name or name.strip("012358 \t"):
@@ -60,7 +52,7 @@ def form(kind: str, name: str) -> Form:
         name = escaped(name[0]) + name[1:]
     groups = "".join(f" {axis}{corner}\n%s\n" for corner in order for axis in (1, 2, 3))
     layer = name.replace("%", "%%")
-    return Form(f"  0\n{kind}\n  5\n%X\n100\nAcDbEntity\n  8\n{layer}\n100\n{CLASSES[kind]}\n{groups}", order)
+    return f"  0\n{kind}\n  5\n%X\n100\nAcDbEntity\n  8\n{layer}\n100\n{CLASSES[kind]}\n{groups}", order
 
 
 def frame(colors: dict[str, int], parts: Parts) -> tuple[str, str]:
