@@ -37,8 +37,7 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     if was_cut_off and not objects:
         del records[-1:]
     try:
-        sound = [b"  0\n" + record for record in records if is_sound(record)]
-        document = recover.read(BytesIO(b"".join([*sound, b"  0\nEOF\n"])))[0]
+        document = recover.read(BytesIO(b"  0\n".join([b"", *filter(None, map(mended, records)), b"EOF\n"])))[0]
     except Exception:
         raise Refused(f"{path} is damaged: {reason}")
     if was_cut_off:
@@ -46,12 +45,13 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     return document, f"{path} is damaged, and is shown as far as it can be read: {reason}"
 
 
-def is_sound(record: bytes) -> bool:
-    """Tells whether each group code of a record is a number and has a value of its type."""
-    lines = record.splitlines()[1:]
+def mended(record: bytes) -> bytes:
+    """Returns a record, or nothing if a group code is not a number or a value is not of its type. Of a header it keeps
+    the version of the file, which the first seven lines tell."""
+    lines = record.splitlines()
     try:
-        for code, value in zip(lines[::2], lines[1::2]):
+        for code, value in zip(lines[1::2], lines[2::2], strict=True):
             tag_type(int(code))(value.decode(errors="replace"))
+        return record
     except ValueError:
-        return False
-    return len(lines) % 2 == 0
+        return b"\n".join([*lines[:7], b""]) if lines[2:3] == [b"HEADER"] else b""
