@@ -1,5 +1,5 @@
-# A drawing as a tree of entities and blocks, and what is seen of it: layers, arrays, blocks in blocks. shapes.py knows
-# what a single entity looks like.
+# A drawing as a tree of entities and blocks, and what is visible of it: layers, arrays, blocks in blocks. The shapes of
+# a single entity come from shapes.py.
 from __future__ import annotations
 
 import math
@@ -83,7 +83,7 @@ class Drawing:
                     items += self.items_of_one(entity, name, layer)
             except MemoryError:
                 raise
-            except Exception:  # a flawed entity raises whatever the library stumbles over
+            except Exception:  # the library raises anything for a flawed entity
                 items.append(Leaf(layer, name, []))
         return items
 
@@ -96,7 +96,7 @@ class Drawing:
             return [self.insert(entity, layer), *([Group(layer, texts)] if texts else [])]
         parts = virtual_entities(entity) if isinstance(entity, SupportsVirtualEntities) else ()
         if name.endswith("DIMENSION"):
-            parts = (part for part in parts if part.dxftype() != "POINT")  # which only mark where it was measured
+            parts = (part for part in parts if part.dxftype() != "POINT")  # marks of where it was measured
         items = self.items_of(parts)
         return [Group(layer, items) if items else Leaf(layer, name, [])]
 
@@ -131,8 +131,8 @@ class Drawing:
         self, items: list[Item], matrix: Optional[Matrix44], scale: float, outer: Optional[str], times: int
     ) -> Iterator[Placed]:
         for item in items:
-            # What lies on the layer 0 of a block is seen on the layer of its INSERT. Freezing the layer of an INSERT
-            # hides all of it, switching it off only what lies on that layer.
+            # An entity on layer 0 of a block is shown on the layer of the INSERT. Freezing the layer of an INSERT hides
+            # all of it; switching it off hides only what lies on that layer.
             layer = outer if outer and item.layer == "0" else item.layer
             if layer.lower() in (self.frozen if isinstance(item, Group) else self.hidden):
                 self.invisible += times
@@ -149,8 +149,8 @@ class Drawing:
                     yield from self.walk(item.items, inner, scale * item.scale, layer, times)
 
     def parts(self, tolerance: Optional[float], progress: Progress) -> Parts:
-        """Returns what is seen. Curves become lines that keep within `tolerance`; None stands for TOLERANCE of the
-        drawing's largest extent."""
+        """Returns what is seen. Curves become lines that keep within `tolerance`, or by default within TOLERANCE of
+        the drawing's largest extent."""
         parts, rough = Parts(), Parts()
         curves: list[Placed] = []
         for leaf, matrix, scale, layer in progress.counted(1, self.size, self.leaves()):
@@ -167,7 +167,7 @@ class Drawing:
                 shapes = cut(leaf, tolerance / scale if scale else math.inf)
             except MemoryError:
                 raise
-            except Exception:  # numbers out of all bounds
+            except Exception:  # its numbers are far too large or small
                 self.left_out[leaf.name] += 1
             else:
                 parts.add(shapes, matrix, layer)

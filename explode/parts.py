@@ -1,5 +1,5 @@
-# The points, lines and faces that a drawing becomes, and the place and the size that they are given. shapes.py makes
-# them, writer.py writes them.
+# The points, lines and faces that a drawing becomes, and how they are fitted to the view. shapes.py makes them, writer.py
+# writes them.
 from __future__ import annotations
 
 import math
@@ -66,9 +66,9 @@ class Parts:
         return [min(axis) for axis in axes], [max(axis) for axis in axes]
 
     def is_shown_well(self) -> bool:
-        """Tells whether the viewer shows the drawing large and whole. It scales by 1/L about the origin, where L is the
-        largest coordinate. Where L is below 1, its near and its far plane cut the drawing; above 1e6 its depth buffer
-        is too coarse."""
+        """Tells whether the viewer shows the drawing large and whole. It scales by 1/L about the origin, L being the
+        largest coordinate. If L is below 1, the near and the far plane cut the drawing; above 1e6 the depth buffer is
+        too coarse."""
         low, high = self.extents()
         largest = max(abs(value) for value in low + high)
         return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= 2.0 * largest / 4.0

@@ -27,7 +27,7 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
         return readfile(path), None
     except (OSError, MemoryError):
         raise
-    except Exception as problem:  # a damaged file raises whatever the library stumbles over
+    except Exception as problem:  # the library raises anything for a damaged file
         reason = " ".join(str(problem).split()) or type(problem).__name__
     with open(path, "rb") as file:
         content = file.read()

@@ -1,5 +1,5 @@
-# What one entity of a drawing looks like: its points, chains of lines and faces. Knows the entities that have a shape
-# of their own; blocks, dimensions and the like, which are made of these, are left to drawing.py.
+# The points, chains of lines and faces of a single entity. Blocks, dimensions and the like, which are made of other
+# entities, are left to drawing.py.
 from __future__ import annotations
 
 import math
@@ -26,7 +26,7 @@ SPLINE_FRAME = 16  # in group 70: the VERTEX controls a smoothed polyline, but i
 
 def shapes_of(entity: Entity) -> Made:
     """Returns the shapes of an entity that LEAVES lists, or for a curve a function that returns those which keep within
-    a distance of it. An entity that makes no sense ends in some exception."""
+    a distance of it. A flawed entity raises some exception."""
     made = LEAVES[entity.dxftype()](entity)
     thickness = attribute(entity, "thickness", 0.0)
     if not thickness:
@@ -71,8 +71,8 @@ def is_face(corners: list[Vec3]) -> bool:
 
 
 def cut_polygon(rings: list[list[Vec3]]) -> list[Shape]:
-    """Returns the triangles of a polygon, whose first ring is its border and the others its holes. They are cut as they
-    look along the axis from which it looks largest."""
+    """Returns the triangles of a polygon, whose first ring is its border and the others its holes. They are cut in the
+    view along the axis from which it looks largest."""
     spokes = [corner - rings[0][0] for corner in rings[0]]
     normal = sum((a.cross(b) for a, b in zip(spokes, spokes[1:])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
@@ -99,7 +99,7 @@ def extruded(shapes: list[Shape], height: Vec3) -> list[Shape]:
 
 
 def chain(vertices: Iterable[Vec3]) -> list[Shape]:
-    """Returns a chain of lines, and none for a lone vertex. An endless one stops where it is too long to be written."""
+    """Returns a chain of lines, and none for a lone vertex. Stops an endless one when it is too long to be written."""
     ends = plain(islice(vertices, MOST_PARTS + 2))
     return [Shape(LINE, ends)] if len(ends) > 1 else []
 
@@ -119,7 +119,7 @@ def arc_angles(radius: float, start: float, end: float, distance: float) -> Iter
 
 
 def ellipse_vertices(tool: ConstructionEllipse, distance: float) -> Iterable[Vec3]:
-    """Yields vertices of an ellipse, which is a circle that is pressed in one direction."""
+    """Yields vertices of an ellipse, with angles as in the circle around it."""
     count = lines_of_arc(tool.major_axis.magnitude * max(1.0, tool.ratio), math.degrees(tool.param_span), distance)
     return tool.vertices(tool.start_param + tool.param_span * i / count for i in range(count + 1))
 
@@ -180,7 +180,7 @@ def grid(entity: Entity, points: list[Vec3], rows: int, columns: int) -> list[Sh
 
 
 def faces_of(vertices: list[Vec3], faces: Iterable[Sequence[int]]) -> list[Shape]:
-    """Returns the shapes of faces that are given as indices of vertices, but for faces with a wrong index."""
+    """Returns the shapes of faces given as indices of vertices. Leaves out faces with a wrong index."""
     known = range(len(vertices))
     return [shape for face in faces if all(i in known for i in face) for shape in polygon([vertices[i] for i in face])]
 
@@ -188,7 +188,7 @@ def faces_of(vertices: list[Vec3], faces: Iterable[Sequence[int]]) -> list[Shape
 def flat_polyline(
     entity: Entity, points: Iterable[tuple[float, float, float]], closed: bool, elevation: float, width: float
 ) -> Made:
-    """Returns the shapes of a polyline of (x, y, bulge) in the coordinates of its plane; faces where it has width."""
+    """Returns the shapes of a polyline of (x, y, bulge) in the coordinates of its plane: faces if it has width."""
 
     def cut(distance: float) -> list[Shape]:
         return chain(raised(round_vertices(corners, closed, distance), entity, elevation))
@@ -240,7 +240,7 @@ def round_vertices(corners: list[Corner], closed: bool, distance: float) -> Iter
 
 
 def hatch(entity: Entity) -> Cut:
-    """Returns what bounds a HATCH or an MPOLYGON, which alone has an offset."""
+    """Returns the boundaries of a HATCH or an MPOLYGON; only the latter has an offset."""
 
     def cut(distance: float) -> list[Shape]:
         flats = (flat for path in entity.paths for flat in boundary(path, distance))
@@ -282,7 +282,7 @@ def text(entity: Entity) -> list[Shape]:
     return [Shape(LINE, outline) for outline in outlines(entity)]
 
 
-# Images and the like are in no row: they have no shape that points, lines and faces could show.
+# Points, lines and faces cannot show images and the like.
 LEAVES: dict[str, Callable[[Entity], Made]] = {
     "POINT": lambda entity: [Shape(POINT, [entity.dxf.location.xyz])],
     "LINE": lambda entity: [Shape(LINE, [entity.dxf.start.xyz, entity.dxf.end.xyz])],

@@ -20,7 +20,7 @@ from fontTools.ttLib import TTFont
 from parts import Vertex, placed
 
 FOLDERS = ("/usr/share/fonts", "/usr/local/share/fonts", "~/.local/share/fonts", "~/.fonts", "/usr/share/matplotlib")
-# Fonts for what names no font of this machine, or has letters that its font lacks: the first that has them all.
+# Fonts in place of one that is missing or lacks letters: the first that has them all.
 FALLBACKS = ("dejavusans", "liberationsans", "notosans", "notosanscjk", "notosanscjkvf", "droidsansfallbackfull")
 TOLERANCE = 1 / 30  # of the height of a capital letter
 
@@ -114,7 +114,7 @@ def plain(name: str) -> str:
 def open_font(name: str) -> Optional[Font]:
     try:
         return Font(font_files()[name])
-    except Exception:  # no such font, or one that makes no sense
+    except Exception:  # no such font, or a damaged one
         return None
 
 
@@ -153,7 +153,7 @@ def outlines(entity: Any) -> Iterator[Outline]:
 
 
 def alignment(entity: Any, width: float) -> Matrix44:
-    """Returns what scales a line of text to its height and moves it to where it is aligned."""
+    """Returns the matrix that gives a line of text its height and its alignment."""
     align, height = entity.get_align_enum(), entity.dxf.height
     horizontal, vertical = MAP_TEXT_ENUM_TO_ALIGN_FLAGS[align]
     x = {const.LEFT: 0.0, const.RIGHT: -width}.get(horizontal, -width / 2)

@@ -1,5 +1,5 @@
 # Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's takes every line of the digits
-# 0 1 2 3 5 8 and blanks for a possible group code, so other lines are not written like that.
+# 0 1 2 3 5 8 and blanks for a possible group code, so no other line may look like that.
 from __future__ import annotations
 
 import io
@@ -56,7 +56,7 @@ def form(kind: str, name: str) -> tuple[str, list[int]]:
 
 
 def frame(colors: dict[str, int], parts: Parts) -> tuple[str, str]:
-    """Returns what comes before and behind the entities: header, tables with the coloured layers, and objects."""
+    """Returns what comes before and after the entities: header, tables with the coloured layers, and objects."""
     document = new("R2000" if "".join(colors).isascii() else "R2007")  # which is the first in UTF-8
     for name, color in colors.items():
         if not document.layers.has_entry(name):
