@@ -30,17 +30,15 @@ SHAPES = r"""
 point((1, 2, 3)), point((1, 2), thickness=2, extrusion=EAST), line((0, 5), (3, 6), thickness=-2) | 1 points of 0, 1 lines of 2, 1 faces of 6.325, 0 2 -2 to 3 6 3
 _3dface([(0, 0, 1), (4, 0), (4, 3)]), _3dface([(0, 0), (4, 0), (1, 1), (0, 4)]) | 3 faces of 10.18, 0 0 0 to 4 4 1
 solid(BOW, thickness=4), trace(BOW, extrusion=DOWN) | 7 faces of 72, -4 0 0 to 4 2 4
-lwpolyline(ROUND[1:] + [(0, 2, -0.09)], format="xyb", close=True) | 10 lines of 6.843, 0 0 0 to 2 2 0
 lwpolyline([(0, 0, 2, 1, 1e-15), (8, 0)]) | 1 faces of 12, 0 -1 0 to 8 1 0
 lwpolyline(ELL, const_width=0.5, elevation=5, extrusion=DOWN) | 2 faces of 2, -3.25 -0.25 -5 to 0 1 -5
 lwpolyline([(0, 0, 2, 2, 1), (2, 0)], format="xyseb") | 26 faces of 6.268, -1 -2 0 to 3 0 0
 lwpolyline([(i, i % 2) for i in range(10003)]) | 10002 lines of 1.414e+04, 0 0 0 to 10002 1 0
 polyline2d(ROUND, format="xyb", close=True, elevation=(0, 0, 2), extrusion=DOWN) | 23 lines of 7.967, -2 -1 -2 to 0 2 -2
-polyline2d(ELL, default_start_width=1, default_end_width=1) | 2 faces of 4, 0 -0.5 0 to 3.5 1 0
 polyline2d(ELL + [(9, 9), (4, 1)]).vertices[3].dxf.set("flags", 16) | 3 lines of 5, 0 0 0 to 4 1 0
 polyline3d([(0, 0, 1), (3, 0, 1), (3, 4, 1)], close=True) | 3 lines of 12, 0 0 1 to 3 4 1
 tube(False, True), tube(True, False) | 11 faces of 19.8, 0 -1 -1 to 2 1 1
-forms.cube().scale(1, 2, 3).render_polyface(space), mesh([range(8), (0, 1, 8)]) | 12 faces of 30, -0.5 -1 -1.5 to 4 1 3
+forms.cube().scale(1, 2, 3).render_polyface(space), forms.torus(4, 4).render_mesh(space) | 22 faces of 24.77, -1.1 -1.1 -1.5 to 1.1 1.1 1.5
 circle((1, 2, 3), 5, thickness=1, extrusion=EAST) | 52 faces of 31.4, 3 -4 -3 to 4 6 7
 line((0, 0), (1000, 0)), circle((0, 0), 0.5) | 9 lines of 1003, -0.5 -0.5 0 to 1000 0.5 0
 arc((0, 0), 1, 270, 45, extrusion=DOWN), ellipse((0, 9), (4, 0), 0.5, 2, 3) | 15 lines of 5.225, -3.96 -1 0 to 0 10.82 0
@@ -58,9 +56,7 @@ block("A", "block('B', 'circle((1, 0), 1)')", xscale=9, yscale=9) | 52 lines of 
 text("8%%d", align=Align.TOP_RIGHT) | 50 lines of 76.7, -14.66 -10.19 0 to -1.31 0.18 0
 text("H", align=Align.MIDDLE), text("H", (50, 0), align=Align.MIDDLE_CENTER) | 24 lines of 105.9, -3.81 -5 0 to 53.81 5 0
 text("HH", align=Align.ALIGNED), text("HH", (0, 50), align=Align.FIT) | 48 lines of 375.5, 2.61 0 0 to 45.2 52.98 0
-text("I", thickness=3, extrusion=DOWN) | 4 faces of 68.12, -2.7 0 -3 to -1.35 10 0
-mtext("H H\\PH", insert=(5, 5, 5), width=5, rotation=90) | 36 lines of 158.9, 5 6.35 5 to 48.34 13.97 5
-mtext("{\\H2x;\\W2;\\Q45;H}H", attachment_point=9) | 24 lines of 220.6, -46.19 0 0 to 4.3 20 0
+mtext("{\\H2x;\\W2;\\Q45;H}H H", attachment_point=9, rotation=90, width=60) | 36 lines of 273.6, -43.34 -46.19 0 to 0 4.3 0
 mtext("\\L\\SH/H;") | 25 lines of 116.2, 0 -24 0 to 10.31 0 0
 block("A", "ell()").add_attrib("N", "H", (9, 9), {"flags": 1}) | 2 lines of 4, -1 0 0 to 2 1 0
 block("A", "attdef('N', (0, 0), 'HHH'), attdef('N', (9, 9), 'H', flags=2)") | 12 lines of 13.24, 8.34 9 0 to 10.24 11.5 0
@@ -69,11 +65,9 @@ block("A", "attdef('N', (0, 0), 'HHH'), attdef('N', (9, 9), 'H', flags=2)") | 12
 # Which layers are seen. The layers "off" and "frozen" are what they are called.
 LAYERS = """
 ell(layer="OFF") | 1 entities are hidden
-ell(layer="frozen"), text("H", layer="a") | a
 block("A", "ell(layer='a')", layer="off") | a
 block("A", "ell(layer='a')", layer="Frozen") | 1 entities are hidden
 block("A", "block('B', 'ell()')", layer="a") | a
-block("A", "block('B', 'ell()', layer='b')", layer="a") | b
 block("A", "block('B', 'ell()')", layer="off") | 1 entities are hidden
 block("A", "attdef('N', (0, 0))", layer="a").add_attrib("N", "H", (0, 0), {"layer": "0"}) | a
 """
@@ -83,7 +77,6 @@ FITS = """
 line((0, 0), (0, -1)) | 1 lines of 1, 0 -1 0 to 0 0 0
 line((0, 0), (0, -0.999)) | 1 lines of 200, 0 -100 0 to 0 100 0
 line((0, 0), (1e6 + 1, 0)) | 1 lines of 200, -100 0 0 to 100 0 0
-line((4, 0), (4, 2)) | 1 lines of 2, 4 0 0 to 4 2 0
 line((-4, 0), (-2.001, 0)) | 1 lines of 200, -100 0 0 to 100 0 0
 line((0, 0, 1), (0, 0, -9)) | 1 lines of 200, 0 0 -100 to 0 0 100
 """
@@ -92,7 +85,6 @@ line((0, 0, 1), (0, 0, -9)) | 1 lines of 200, 0 0 -100 to 0 0 100
 DAMAGED = r"""
 (\$HANDSEED\n) *5 | \1five | 4 | can be read: Invalid group code "five "
 ( 11\n)3\.0 | \1x | 3 | can be read: Invalid floating point
-(OBJECTS\n(?:.*\n){21})[^~]* | \1 | 4 | was cut off
 ( 11\n3\.0\n)[^~]* | \1 | 2 | was cut off
 (OBJECTS\n(?:.*\n)+?)102\n\{.*\n((?:.*\n)*)  0\nENDSEC | \1\2 | 4 | can be read
 """
@@ -104,12 +96,12 @@ ell() | in.dxf | link.dxf | is the input
 ell() | in.dxf | . | is not a writable file
 ell() | in.dxf | protected.dxf | is not a writable file
 ell() | in.dxf | nowhere/out.dxf | is not a writable folder
-space.doc.layout("Layout1").add_point((0, 0)) | in.dxf | out.dxf | nothing to show. 0 entities are hidden (--all shows them), 1
+space.doc.layout("Layout1").add_point((0, 0)) | in.dxf | out.dxf | 0 entities are hidden (--all shows them), 1
 block("A", "ell()").grid((9999, 9999), (2, 2)) | in.dxf | out.dxf | more than 5,000,000 parts
 """
 
+
 def block(space, name, content, place=(0, 0), **attributes):
-    """Inserts a block with the base point (1, 0), which is drawn where it is met first."""
     if name not in space.doc.blocks:
         draw(space.doc.blocks.new(name, base_point=(1, 0)), content)
     return space.add_blockref(name, place, dxfattribs=attributes)
@@ -119,8 +111,8 @@ def ell(space, **attributes):
     space.add_lwpolyline(ELL, dxfattribs=attributes)
 
 
-def text(space, content, place=(0, 0), align=Align.LEFT, height=10, **attributes):
-    space.add_text(content, dxfattribs={"height": height, **attributes}).set_placement(place, (40, 0), align)
+def text(space, content, place=(0, 0), align=Align.LEFT):
+    space.add_text(content, height=10).set_placement(place, (40, 0), align)
 
 
 def mtext(space, content, **attributes):
@@ -134,18 +126,13 @@ def tube(space, *closed):
         vertex.dxf.location = (i // 4, *Vec3.from_deg_angle(90 * i).xyz[:2])
 
 
-def mesh(space, faces):
-    with space.add_mesh().edit_data() as data:
-        data.vertices, data.faces = [(x, 0, y) for x, y in U], faces
-
-
 def hatch(space, edge, *values, **attributes):
     paths = space.add_hatch(dxfattribs=attributes).paths
     getattr(paths if "path" in edge else paths.add_edge_path(), "add_" + edge)(*values)
 
 
 def body(space, *rings, curved="nothing"):
-    """Draws a prism of height 2, with another in it as a hole, and one of its edges ("straight") or faces ("plane") curved."""
+    """Draws a prism with another in it as a hole, and one of its edges ("straight") or faces ("plane") curved."""
     meshes = [forms.extrude(Vec3.list(ring), Vec3.list([(0, 0, 0), (0, 0, 2)]), caps=True) for ring in rings]
     bodies, solid = list(map(acis.body_from_mesh, meshes)), space.add_3dsolid()
     for cap, *holes in zip(*([face for face in b.lump.shells()[0].faces() if face.surface.normal.z] for b in bodies)):
@@ -162,7 +149,7 @@ def add(function, *values, **attributes):
 
 def draw(space, content):
     names = {re.sub("^3", "_3", name[4:]): partial(add, getattr(space, name)) for name in dir(space) if name[:4] == "add_"}
-    names.update({own.__name__: partial(own, space) for own in (block, ell, text, mtext, tube, mesh, hatch, body)})
+    names.update({own.__name__: partial(own, space) for own in (block, ell, text, mtext, tube, hatch, body)})
     eval(content, {**globals(), **names, "space": space})
 
 
@@ -248,14 +235,14 @@ class Explode(unittest.TestCase):
         lines = [(0, 0, 1e-5), (3, 0, 1e-5)], [(3, 0, 1e-5), (3, 1, 1e-5)]
         self.assertEqual(self.explode("--all")[1], [(name, corners) for name in names for corners in lines])
         result = ezdxf.readfile("out.dxf")
-        self.assertEqual([problem.message for problem in result.audit().errors], [])
+        self.assertEqual(result.audit().errors, [])
         self.assertEqual(result.layers.get("off").color, 3)
         self.assertEqual((result.header["$EXTMIN"], result.header["$EXTMAX"]), ((0, 0, 1e-5), (3, 1, 1e-5)))
         content = Path("out.dxf").read_text("utf-8")
         self.assertEqual(content.count("  2\nENTITIES\n"), 1)
         entities = [part.split("\n") for part in content.split("  0\nLINE\n")[1:]]
         self.assertEqual([part for part in entities if part[1].isdigit() or part[18].strip() in part[5]], [])
-        self.assertEqual([value for part in entities for value in part[9:20:2] if "." not in value], [])
+        self.assertTrue(all("." in value for part in entities for value in part[9:20:2]), entities)
         self.assertEqual(len({part[1] for part in entities}), len(entities), "handles")
 
     def test_damaged(self):
@@ -284,12 +271,11 @@ class Explode(unittest.TestCase):
 
     def test_names_from_the_file(self):
         names = ["\x1b[2J"] * 3 + [f"N{i}" for i in range(20)]
-        entities = "".join(f"0\n{name}\n8\n0\n" for name in names) + "0\nPOINT\n8\n0\n60\n1\n10\n0\n20\n0\n"
+        entities = "".join(f"0\n{name}\n8\n0\n" for name in names) + "0\nPOINT\n60\n1\n10\n0\n20\n0\n"
         Path("in.dxf").write_text(f"0\nSECTION\n2\nENTITIES\n{entities}0\nENDSEC\n0\nEOF\n")
         self.assertRegex(self.explode()[2], r"^left out: 3 \?\[2J(, 1 N[0-9]+){9}, and others\n.*show. 1 ent")
 
-    def test_output(self):
-        """What is replaced keeps its permissions and its place, whatever the length of its name."""
+    def test_replaced_file_keeps_permissions_and_place(self):
         self.draw("ell()")
         name = "n" * 250
         Path(name).touch(0o640)
@@ -299,7 +285,6 @@ class Explode(unittest.TestCase):
         self.assertEqual(sorted(os.listdir()), ["in.dxf", "link.dxf", name])
 
     def run_program(self, *arguments, shell="", **environment):
-        """Runs the program as a user does, `shell` being redirections."""
         command = ["sh", "-c", f'exec "$0" "$@" {shell}', os.environ["EXPLODE"], *arguments]
         return subprocess.run(command, capture_output=True, text=True, env={**os.environ, "HOME": os.getcwd(), **environment})
 
