@@ -1,4 +1,4 @@
-// libFuzzer target: the reader, the extents and the normals, held against the plain rules.
+// libFuzzer target: the reader, held against the plain rules.
 
 #include "../plain_reader.h"
 
@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t si
         std::abort();
     OwnedEntities entities;
     const DXFL_Processing reader("/proc/self/fd/" + std::to_string(file), entities.list);
-    const std::string fault = plain::fault(reader, entities, {reinterpret_cast<const char*>(bytes), size});
+    const std::string fault = plain::fault(entities, {reinterpret_cast<const char*>(bytes), size});
     ::close(file);
     if (fault.empty())
         return 0;
