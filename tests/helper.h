@@ -1,5 +1,4 @@
-// What the tests share: drawings in a temporary folder, the player of scenes, and a user who looks at the screen and
-// answers boxes.
+// What the tests share: drawings in a temporary folder, the player of scenes, and a user who answers boxes.
 #pragma once
 
 #include <QtTest>
@@ -93,19 +92,13 @@ template <typename... T> void note(const QString& name, const T&... values)
     text += (text.isEmpty() ? "" : ", then ") + text_of(values...);
 }
 
-/// The first value that is not as wanted, from shortly before the two texts part; empty where all is as wanted. In a
-/// wanted value "…" stands for anything.
+/// The first value that is not as wanted; empty where all is. In a wanted value "…" stands for anything.
 inline QString difference(const State& wanted, const State& got)
 {
     for (const QString& name : wanted.keys() + got.keys()) {
-        const QString a = got.value(name), b = wanted.value(name);
-        const QString form = QRegularExpression::escape(b).replace("\\…", ".*");
-        if (QRegularExpression(QRegularExpression::anchoredPattern(form)).match(a).hasMatch())
-            continue;
-        const auto same = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
-        const QString before = same > 40 ? "…" : "";
-        const auto from = same > 40 ? same - 20 : 0;
-        return name + " is \"" + before + a.mid(from) + "\", wanted \"" + before + b.mid(from) + "\"";
+        const QString form = QRegularExpression::escape(wanted[name]).replace("\\…", ".*");
+        if (!QRegularExpression(QRegularExpression::anchoredPattern(form)).match(got[name]).hasMatch())
+            return name + " is \"" + got[name] + "\", wanted \"" + wanted[name] + "\"";
     }
     return {};
 }
@@ -115,23 +108,22 @@ inline QString difference(const State& wanted, const State& got)
 inline void play(
     const std::function<void(const QString&)>& act, const std::function<State()>& look = [] { return State(); })
 {
-    State before;
-    const auto begin = scenes().indexOf(QString("[%1]").arg(QTest::currentTestFunction())) + 1;
-    for (auto i = begin; !scenes().value(i).isEmpty(); ++i) {
+    State lasting;
+    for (auto i = scenes().indexOf(QString("[%1]").arg(QTest::currentTestFunction())) + 1; !scenes()[i].isEmpty();
+         ++i) {
         const auto line = static_cast<int>(i) + 1;
         QString step = scenes()[i];
         while (scenes().value(i + 1).startsWith("  "))
-            step += " " + scenes()[++i].trimmed();
+            step += scenes()[++i].trimmed().prepend(' ');
         const QString doing = step.section("=>", 0, 0).trimmed();
-        State wanted = before;
+        State wanted = lasting;
         for (const QString& change : step.section("=>", 1).trimmed().split("; ", Qt::SkipEmptyParts))
             wanted[change.section(' ', 0, 0)] = change.section(' ', 1);
         events().clear();
         act(doing);
         QString problem;
         const auto is_as_wanted = [&] {
-            before = look();
-            State got = before;
+            State got = lasting = look();
             got.insert(events());
             return (problem = difference(wanted, got)).isEmpty();
         };
@@ -179,15 +171,13 @@ public:
         callOnTimeout([on_dialog] {
             QWidget* window = QApplication::activeModalWidget();
             if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                QString text = box->text().replace("<br />", "¶").replace("<tr><td>", "[").replace("</td></tr>", "]");
-                text.replace("</td><td>&nbsp;:&nbsp;</td><td>", " = ")
-                    .replace("&#8220;", "“")
-                    .replace("&#8221;", "”")
-                    .replace("&#169;", "©");
-                static const QRegularExpression link("<a href=\"(?:mailto:)?([^\"]+)\">\\1</a>");
                 note("box", text_of(box->icon()).mid(13), "of",
                      box->parent() ? box->parent()->metaObject()->className() : "-", "under", cursor(),
-                     "\"" + box->windowTitle() + "\"", text.replace(link, "link(\\1)"));
+                     "\"" + box->windowTitle() + "\"",
+                     box->text()
+                         .replace("</td><td>&nbsp;:&nbsp;</td><td>", " = ")
+                         .replace("&#8220;", "“")
+                         .replace("&#8221;", "”"));
                 if (box->standardButtons() == QMessageBox::Ok)
                     box->button(QMessageBox::Ok)->click();
             } else if (window != nullptr && on_dialog) {
