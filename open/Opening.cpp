@@ -12,7 +12,6 @@
 #include <QMessageBox>
 #include <QProcess>
 #include <QProgressDialog>
-#include <QRegularExpression>
 #include <QStringList>
 #include <QTimer>
 
@@ -73,20 +72,21 @@ public:
             if (status == QProcess::NormalExit && code == EXIT_SUCCESS)
                 show_copy();
             else
-                show_as_it_is(my_told.isEmpty() ? "tolmera-explode has failed." : my_told.last());
+                show_as_it_is(my_told.isEmpty() ? "tolmera-explode has failed." : my_told.takeLast());
         });
-        my_dialog.setValue(0); // from now on the duration counts
+        my_dialog.setValue(0); // starts the second until it is shown
         my_explode.start(program("tolmera-explode").c_str(), {"--auto-fit", "--progress", input, path(my_copy)});
         if (!my_explode.waitForStarted())
             show_as_it_is("tolmera-explode is not installed.");
     }
 
-    /// Shows the file itself, under a name that the viewer takes. Tells why, where there is a reason.
-    void show_as_it_is(const QString& reason)
+    /// Shows the file itself, under a name that the viewer takes. `reason` says why it is not converted, or is empty.
+    void show_as_it_is(const QString& reason = "")
     {
-        my_told.clear();
-        if (!reason.isEmpty())
-            my_told += "It could not be converted, so that much of it may be missing. " + reason;
+        if (reason.contains("holds nothing to show but"))
+            my_told = QStringList(reason);
+        else if (!reason.isEmpty() && !reason.endsWith("holds nothing to show.")) // which the viewer will say
+            my_told = QStringList("It could not be converted, so much of it may be missing. " + reason);
         const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }
@@ -113,12 +113,11 @@ private:
         }
     }
 
-    /// What has been told becomes the message beside the drawing, but for the fit, which the title tells.
+    /// A copy that is moved or scaled says so in its name, which the viewer shows as its title.
     void show_copy()
     {
         const qsizetype lines = my_told.size();
         my_told.removeIf([](const QString& line) { return line.startsWith("fitted: "); });
-        my_told.replaceInStrings(QRegularExpression("^left out: "), "Points, lines and faces cannot show: ");
         const QString fitted = my_copy + " (fitted)";
         show(my_told.size() < lines && QFile::rename(path(my_copy), path(fitted)) ? path(fitted) : path(my_copy));
     }
@@ -134,23 +133,23 @@ private:
             my_told = QStringList("The viewer tolmera is not installed.");
             QObject::connect(&my_message, &QDialog::finished, [] { QApplication::exit(EXIT_FAILURE); });
         }
+        my_told.replaceInStrings("left out: ", "Points, lines and faces cannot show: ");
         my_message.setText(my_title + "\n\n" + my_told.join("\n\n"));
         if (!my_told.isEmpty())
             my_timer.start(100);
     }
 
-    /// Shows what there is to tell when the viewer's window is up. Nothing says when that is, but then the viewer waits
-    /// for events.
+    /// Shows the message once the viewer's window is up. Nothing says when that is, but from then on the viewer mostly
+    /// sleeps.
     void show_message()
     {
-        constexpr int long_enough = 5;
         QFile facts(QString("/proc/%1/stat").arg(my_viewer.processId()));
         const bool is_busy = facts.open(QIODevice::ReadOnly) && !facts.readAll().contains(") S ");
-        my_waits = is_busy ? 0 : my_waits + 1;
-        if (my_waits < long_enough)
-            return;
-        my_timer.stop();
-        my_message.show();
+        my_sleeps = is_busy ? 0 : my_sleeps + 1;
+        if (my_sleeps == 5) {
+            my_timer.stop();
+            my_message.show();
+        }
     }
 
     std::string my_file;
@@ -161,7 +160,7 @@ private:
     QProgressDialog my_dialog;
     QMessageBox my_message;
     QTimer my_timer;
-    int my_waits = 0; // how often in a row the viewer waited
+    int my_sleeps = 0; // how often in a row the viewer was found asleep
     QProcess my_explode;
     QProcess my_viewer;
 };
@@ -187,7 +186,7 @@ int show(int argc, char** argv, const std::string& file, const std::string& fold
 
     Opening opening(file, folder, environment);
     if (look == Look::AsMeant)
-        opening.show_as_it_is("");
+        opening.show_as_it_is();
     else
         opening.explode();
     return QApplication::exec();
