@@ -37,28 +37,22 @@ double dot(const DRVect3d& a, const DRVect3d& b)
     return a.x() * b.x() + a.y() * b.y() + a.z() * b.z();
 }
 
+bool is_finite(const DRVect3d& vector)
+{
+    return std::isfinite(vector.x()) && std::isfinite(vector.y()) && std::isfinite(vector.z());
+}
+
+DRVect3d half(const DRVect3d& vector)
+{
+    return {vector.x() / 2, vector.y() / 2, vector.z() / 2};
+}
+
 DRVect3d seen_point(const DraftEntity& entity, unsigned int index)
 {
     DRVect3d point;
     entity.get_point(point, index);
     return {dot(eye_x, point), dot(eye_y, point), dot(eye_z, point)};
 }
-
-struct Range {
-    double min = std::numeric_limits<double>::infinity();
-    double max = -std::numeric_limits<double>::infinity();
-
-    void add(double value)
-    {
-        if (value < min)
-            min = value;
-        if (value > max)
-            max = value;
-    }
-    // Halved first, since the sum of two large values may overflow.
-    double middle() const { return min / 2 + max / 2; }
-    double reach() const { return max / 2 - min / 2; }
-};
 
 /// Draws entities onto a canvas for a picture of `size` pixels.
 class Painter
@@ -76,7 +70,7 @@ public:
         std::array<DRVect3d, 4> corners;
         for (unsigned int i = 0; i < entity.points(); ++i) {
             corners[i] = on_canvas(seen_point(entity, i));
-            if (!std::isfinite(dot(corners[i], {1, 1, 1})))
+            if (!is_finite(corners[i]))
                 return;
         }
         switch (entity.get_type()) {
@@ -134,20 +128,24 @@ private:
 
 std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
 {
-    Range x;
-    Range y;
-    Range z;
+    const double infinity = std::numeric_limits<double>::infinity();
+    DRVect3d min(infinity, infinity, infinity);
+    DRVect3d max(-infinity, -infinity, -infinity);
     for (const DraftEntity* entity : entities) {
         for (unsigned int i = 0; i < entity->points(); ++i) {
             const DRVect3d point = seen_point(*entity, i);
-            x.add(point.x());
-            y.add(point.y());
-            z.add(point.z());
+            // fmin() and fmax() pass over a NaN.
+            min = DRVect3d(std::fmin(min.x(), point.x()), std::fmin(min.y(), point.y()), std::fmin(min.z(), point.z()));
+            max = DRVect3d(std::fmax(max.x(), point.x()), std::fmax(max.y(), point.y()), std::fmax(max.z(), point.z()));
         }
     }
-    if (!std::isfinite(x.reach()) || !std::isfinite(y.reach()) || !std::isfinite(z.reach()))
+    // Halved first, since the sum of two large values may overflow.
+    min = half(min);
+    max = half(max);
+    const DRVect3d reach = max - min;
+    if (!is_finite(reach))
         return std::nullopt;
-    return SeenExtents{{x.middle(), y.middle(), z.middle()}, std::max(x.reach(), y.reach())};
+    return SeenExtents{min + max, std::max(reach.x(), reach.y())};
 }
 
 QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& extents, int size)
