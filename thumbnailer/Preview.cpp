@@ -1,8 +1,7 @@
-// The isometric eye, and what faces, lines and points become on the canvas.
+// The isometric eye. All that it sees becomes triangles, filled row by row where nothing nearer is.
 
 #include "Preview.h"
 
-#include "Canvas.h"
 #include "Drawing/DraftEntity.h"
 
 #include <algorithm>
@@ -10,6 +9,8 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -19,7 +20,7 @@ const DRVect3d eye_x = DRVect3d().normalize({1, 0, 1});
 const DRVect3d eye_y = DRVect3d().normalize({-1, 2, 1});
 const DRVect3d eye_z = DRVect3d().normalize({-1, -1, 1});
 
-// On the canvas, where y points downwards: the front of a box is light, its top less, its side dark.
+// In the picture, where y points downwards: the front of a box is light, its top less, its side dark.
 const DRVect3d light = DRVect3d().normalize({0.32, 0.12, 0.94});
 
 constexpr unsigned char background = 80;    // darker than all that is drawn
@@ -42,11 +43,6 @@ bool is_finite(const DRVect3d& vector)
     return std::isfinite(vector.x()) && std::isfinite(vector.y()) && std::isfinite(vector.z());
 }
 
-DRVect3d half(const DRVect3d& vector)
-{
-    return {vector.x() / 2, vector.y() / 2, vector.z() / 2};
-}
-
 DRVect3d seen_point(const DraftEntity& entity, unsigned int index)
 {
     DRVect3d point;
@@ -54,13 +50,23 @@ DRVect3d seen_point(const DraftEntity& entity, unsigned int index)
     return {dot(eye_x, point), dot(eye_y, point), dot(eye_z, point)};
 }
 
-/// Draws entities onto a canvas for a picture of `size` pixels.
+/// The first and the last sample of a row or column whose centres are between two coordinates.
+std::pair<int, int> samples_between(double begin, double end, int side)
+{
+    return {static_cast<int>(std::ceil(std::clamp<double>(begin, 0, side) - 0.5)),
+            static_cast<int>(std::floor(std::clamp<double>(end, 0, side) - 0.5))};
+}
+
+/// Draws entities as samples with depth, for a picture of `size` pixels. Coordinates are in samples: x from the left, y
+/// from the top, z away from the eye. The first sample's centre is (0.5, 0.5). What is nearest is seen, and of what is
+/// equally near the first.
 class Painter
 {
 public:
     Painter(const SeenExtents& extents, int size, std::size_t quantity)
-        : canvas(size * smoothing, background), my_center(extents.center), my_middle(size * smoothing / 2.0),
-          my_scale(my_middle / (1 + margin) / (extents.reach > 0 ? extents.reach : 1)),
+        : my_side(size * smoothing), my_greys(std::size_t{1} * my_side * my_side, background),
+          my_depths(my_greys.size(), std::numeric_limits<float>::infinity()), my_center(extents.center),
+          my_middle(my_side / 2.0), my_scale(my_middle / (1 + margin) / (extents.reach > 0 ? extents.reach : 1)),
           my_point_side(smoothing * std::max(stroke, lone_point * size / std::sqrt(static_cast<double>(quantity))))
     {
     }
@@ -89,7 +95,14 @@ public:
         }
     }
 
-    Canvas canvas;
+    /// The mean shade of the samples of a pixel.
+    unsigned char shade(int x, int y) const
+    {
+        int sum = 0;
+        for (int sample = 0; sample < smoothing * smoothing; ++sample)
+            sum += my_greys[(y * smoothing + sample / smoothing) * my_side + x * smoothing + sample % smoothing];
+        return static_cast<unsigned char>(sum / (smoothing * smoothing));
+    }
 
 private:
     DRVect3d on_canvas(const DRVect3d& point) const
@@ -101,8 +114,8 @@ private:
 
     void draw_face(const std::array<DRVect3d, 4>& corners, unsigned char grey)
     {
-        canvas.fill_triangle(corners[0], corners[1], corners[2], grey);
-        canvas.fill_triangle(corners[0], corners[2], corners[3], grey);
+        fill_triangle(corners[0], corners[1], corners[2], grey);
+        fill_triangle(corners[0], corners[2], corners[3], grey);
     }
 
     /// A line with square ends; a square where the line has no length.
@@ -118,8 +131,47 @@ private:
                   object_color);
     }
 
+    void fill_triangle(const DRVect3d& a, const DRVect3d& b, const DRVect3d& c, unsigned char grey)
+    {
+        const DRVect3d normal = (b - a) ^ (c - a);
+        if (normal.z() == 0) // the eye sees only its edge
+            return;
+        const double slope_x = -normal.x() / normal.z();
+        const double slope_y = -normal.y() / normal.z();
+        const std::pair<const DRVect3d&, const DRVect3d&> edges[] = {{a, b}, {b, c}, {c, a}};
+
+        const auto [top, bottom] = std::minmax({a.y(), b.y(), c.y()});
+        const auto [first_row, last_row] = samples_between(top, bottom, my_side);
+        for (int row = first_row; row <= last_row; ++row) {
+            const double y = row + 0.5;
+            double left = my_side;
+            double right = 0.0;
+            for (const auto& [from, to] : edges) {
+                if ((from.y() <= y) == (to.y() <= y))
+                    continue;
+                const double x = from.x() + (y - from.y()) / (to.y() - from.y()) * (to.x() - from.x());
+                left = std::min(left, x);
+                right = std::max(right, x);
+            }
+
+            const auto [first_column, last_column] = samples_between(left, right, my_side);
+            const double depth_at_left = a.z() + slope_x * (0.5 - a.x()) + slope_y * (y - a.y());
+            for (int column = first_column; column <= last_column; ++column) {
+                const auto depth = static_cast<float>(depth_at_left + slope_x * column);
+                const int sample = row * my_side + column;
+                if (depth < my_depths[sample]) {
+                    my_depths[sample] = depth;
+                    my_greys[sample] = grey;
+                }
+            }
+        }
+    }
+
+    int my_side; // of the square of samples
+    std::vector<unsigned char> my_greys;
+    std::vector<float> my_depths;
     DRVect3d my_center;
-    double my_middle; // of the canvas, in samples
+    double my_middle; // of the picture, in samples
     double my_scale;  // samples for a drawing unit
     double my_point_side;
 };
@@ -140,8 +192,8 @@ std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
         }
     }
     // Halved first, since the sum of two large values may overflow.
-    min = half(min);
-    max = half(max);
+    for (DRVect3d* corner : {&min, &max})
+        *corner = DRVect3d(corner->x() / 2, corner->y() / 2, corner->z() / 2);
     const DRVect3d reach = max - min;
     if (!is_finite(reach))
         return std::nullopt;
@@ -161,7 +213,7 @@ QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& 
     for (int y = 0; y < size; ++y) {
         unsigned char* const row = picture.scanLine(y);
         for (int x = 0; x < size; ++x) {
-            row[x] = painter.canvas.mean(x * smoothing, y * smoothing, smoothing);
+            row[x] = painter.shade(x, y);
             shows_anything |= row[x] - background >= faintest_contrast;
         }
     }

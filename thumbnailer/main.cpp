@@ -17,9 +17,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -124,27 +126,26 @@ QByteArray picture_of(const char* file, int size)
 }
 
 /// Puts the bytes into the regular file that is there, which somebody may have open, or into a new one. Where that
-/// fails, the file is emptied, or removed. Returns what is wrong, or an empty text.
-std::string write_picture(const QByteArray& png, const char* file, const char* drawing)
+/// fails, the file is emptied, or removed.
+void write_picture(const QByteArray& png, const char* file, const char* drawing)
 {
+    const std::string failure = "the picture cannot be written: ";
     struct stat facts = {};
     const bool exists = ::lstat(file, &facts) == 0;
     if (exists && !S_ISREG(facts.st_mode))
-        return "it is not a regular file";
-    struct stat source = {};
-    if (exists && ::stat(drawing, &source) == 0 && source.st_dev == facts.st_dev && source.st_ino == facts.st_ino)
-        return "it is the drawing";
+        fail(failure + "it is not a regular file");
+    std::error_code error;
+    if (exists && std::filesystem::equivalent(file, drawing, error))
+        fail(failure + "it is the drawing");
 
     const int descriptor = ::open(file, O_WRONLY | O_NOFOLLOW | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL), 0666);
-    if (descriptor < 0)
-        return std::strerror(errno);
     const ssize_t size = png.size();
-    if (::write(descriptor, png.constData(), static_cast<std::size_t>(size)) == size &&
+    if (descriptor >= 0 && ::write(descriptor, png.constData(), static_cast<std::size_t>(size)) == size &&
         ::ftruncate(descriptor, size) == 0)
-        return {};
+        return;
     const int problem = errno;
-    const bool undone = (exists ? ::ftruncate(descriptor, 0) : ::unlink(file)) == 0;
-    return std::strerror(problem) + std::string(undone ? "" : ", and a part of it is left");
+    const bool undone = descriptor < 0 || (exists ? ::ftruncate(descriptor, 0) : ::unlink(file)) == 0;
+    fail(failure + std::strerror(problem) + (undone ? "" : ", and a part of it is left"));
 }
 
 } // namespace
@@ -169,9 +170,7 @@ int main(int argc, char** argv)
     try {
         const QByteArray png = picture_of(argv[3], size);
         bound_time(0);
-        const std::string problem = write_picture(png, argv[4], argv[3]);
-        if (!problem.empty())
-            fail("the picture cannot be written: " + problem);
+        write_picture(png, argv[4], argv[3]);
     } catch (const std::bad_alloc&) {
         fail("the drawing is too large: it does not fit into memory");
     }
