@@ -1,5 +1,6 @@
-// Reads strict pairs of group code and value, as other programs do, beside what the viewer makes of the same lines: it
-// takes a value for a group code, too, so that a bare 0 ends an entity and a handle 31 announces a coordinate.
+// Reads strict pairs of group code and value, as other programs do, and compares them with what the viewer makes of the
+// same lines. The viewer also takes a value for a group code: a bare 0 ends an entity, a handle 31 announces a
+// coordinate.
 
 #include "Judge.h"
 
@@ -117,7 +118,7 @@ const Kind* kind_of(std::string_view name)
     return found == kinds.end() ? nullptr : found;
 }
 
-/// An entity of the file beside what the viewer makes of it.
+/// Compares an entity of the file with what the viewer makes of it.
 class Entity
 {
 public:
@@ -222,7 +223,7 @@ off_t entity_behind(const char* file_name, off_t at)
     return at;
 }
 
-/// Reads the ENTITIES section in two threads, for all drawings have to wait for it.
+/// Reads the ENTITIES section in two threads, because every drawing waits for this.
 Part read_entities(Pairs& pair, const char* file, off_t size, const Layers& hidden)
 {
     const off_t middle = entity_behind(file, pair.at + (size - pair.at) / 2);

@@ -9,5 +9,5 @@ enum class Look {
     Wrong,     // not all of it, or other things; or the file is no complete DXF file in text form
 };
 
-/// Looks at a file, whatever its name. Reads no farther than to the first thing that the viewer shows wrongly.
+/// Looks at a file, whatever its name. Stops at the first thing that the viewer shows wrongly.
 Look look_of(const char* file);

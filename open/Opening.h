@@ -1,4 +1,4 @@
-// Opening: shows a drawing that the viewer cannot show as it is: has it converted, and tells what is missing.
+// Opening: has a drawing converted, shows the copy in the viewer, and says what is missing from it.
 // Judging it, and removing the folder in which this happens, are left to the caller.
 #pragma once
 
@@ -10,5 +10,5 @@
 bool is_name_for_viewer(const std::string& file);
 
 /// Shows `file` in the viewer until that is closed, and returns the exit code for the process. Files are made in
-/// `folder`, if its path is not empty. Only a drawing that looks as it is meant is not converted.
+/// `folder`, if its path is not empty. The drawing is converted unless `look` is AsMeant.
 int show(int argc, char** argv, const std::string& file, const std::string& folder, Look look);

@@ -1,6 +1,6 @@
-// Opens any drawing. One that the viewer shows as it is meant becomes the viewer's at once, before Qt is started. For
-// any other one a child process has a copy made and shows it; this process only waits, to remove the copy whatever
-// becomes of the child.
+// Opens any drawing. If the viewer shows it as it is meant, this process becomes the viewer, before Qt is started.
+// Otherwise a child process has a copy made and shows it, and this one waits to remove the copy, even if the child
+// crashes.
 
 #include "Judge.h"
 #include "Opening.h"

@@ -8,12 +8,12 @@ namespace
 {
 
 /// A cube. A face has the numbers of its corners, with x in bit 0, y in bit 1 and z in bit 2.
-QStringList box(double low, double high, const QByteArray& faces = "0132 2376 1375 4576 0154 0264")
+QStringList box(double low, double high)
 {
     QStringList entities;
-    for (const QByteArray& face : faces.split(' ')) {
+    for (const char* face : {"0132", "2376", "1375", "4576", "0154", "0264"}) {
         entities += "3DFACE";
-        for (const char corner : face)
+        for (const char corner : QByteArray(face))
             for (int bit = 1; bit < 8; bit *= 2)
                 entities.last() += ' ' + QString::number((corner & bit) != 0 ? high : low, 'e', 9);
     }
@@ -63,7 +63,6 @@ private slots:
         };
         const char* const whole = "100x114 at 14,7 204 192 138 138";
         row("box", dxf(box(0, 1)), whole);
-        row("hidden faces first", dxf(box(0, 1, "4576 0154 0264 0132 2376 1375")), whole);
         row("far off", dxf(box(1e6, 1e6 + 4)), whole);
         row("what cannot be exploded", "7\n" + dxf(box(0, 1)), whole);
         row("line before a box", dxf(box(0, 1) += "LINE 0.5 0.2 -0.1 0.5 0.8 -0.1"), "100x114 at 14,7 224 192 138 138");
