@@ -81,12 +81,14 @@ public:
     }
 
     /// Shows the file itself, under a name that the viewer takes. `reason` says why it is not converted, or is empty.
-    void show_as_it_is(const QString& reason = "")
+    void show_as_it_is(QString reason = "")
     {
-        if (reason.contains("holds nothing to show but"))
-            my_told = QStringList(reason);
-        else if (!reason.isEmpty() && !reason.endsWith("holds nothing to show.")) // which the viewer will say
+        if (reason.contains("holds nothing to show."))
+            my_told = QStringList(reason.remove(" (see --all)"));
+        else if (!reason.isEmpty())
             my_told = QStringList("It could not be converted, so much of it may be missing. " + reason);
+        if (reason.endsWith("holds nothing to show.")) // the viewer will say that
+            my_told.clear();
         const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }

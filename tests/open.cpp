@@ -136,8 +136,8 @@ private slots:
         row(say + "say '<b>Why.'; exit 1",
             "a.dxf\\n\\nIt could not be converted, so much of it may be missing. <b>Why., then exit code 7");
         row("echo tolmera-explode: a.dxf holds nothing to show. >&2; exit 1", "exit code 7");
-        row("echo tolmera-explode: a.dxf holds nothing to show but 5 circles. >&2; exit 1",
-            "a.dxf\\n\\na.dxf holds nothing to show but 5 circles., then exit code 7");
+        row("echo tolmera-explode: a.dxf holds nothing to show. Hidden entities \\(see --all\\): 5. >&2; exit 1",
+            "a.dxf\\n\\na.dxf holds nothing to show. Hidden entities: 5., then exit code 7");
         row("",
             "a.dxf\\n\\nIt could not be converted, so much of it may be missing. tolmera-explode is not installed., "
             "then exit code 7");

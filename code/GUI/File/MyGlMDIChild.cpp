@@ -24,16 +24,6 @@ MyGlMDIChild::~MyGlMDIChild()
     draft_entities.clear();
 }
 
-QSize MyGlMDIChild::minimumSizeHint() const
-{
-    return {50, 50};
-}
-
-QSize MyGlMDIChild::sizeHint() const
-{
-    return {400, 500};
-}
-
 bool MyGlMDIChild::loadFile(const QString& fileName)
 {
     const DXFL_Processing reader(fileName.toStdString(), draft_entities);

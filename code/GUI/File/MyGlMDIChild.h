@@ -20,8 +20,8 @@ public:
     explicit MyGlMDIChild(QWidget* parent);
     ~MyGlMDIChild() override;
 
-    QSize minimumSizeHint() const override;
-    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {50, 50}; }
+    QSize sizeHint() const override { return {400, 500}; }
 
     /// Loads a DXF file, once and before the window is shown. For a file that cannot be read it warns, changes nothing
     /// and returns false; for one without a known entity it warns, leaves the view empty and returns true. Removes
