@@ -193,7 +193,7 @@ void measure_foreign(const Input& faces)
     Used used;
     const std::vector<double> plain = least_of(
         5, {running({OPEN, faces.file()}, used, FIRST_SWAP), running({TOLMERA, faces.file()}, used, FIRST_SWAP)});
-    print_row("first picture by tolmera-open", plain[0], "tolmera", plain[1], 1.15);
+    print_row("first picture by tolmera-open", plain[0], "1.15 x tolmera's + 0.5 s", 1.15 * plain[1] + 0.5, 1);
     print_row("first picture, foreign drawing", least_of(3, {running({OPEN, foreign}, used, FIRST_SWAP)})[0], "limit",
               2, 1);
     print_row("preview, foreign drawing", least_of(3, {running({THUMBNAILER, "-s", "256", foreign, picture}, used)})[0],
