@@ -76,6 +76,7 @@ private slots:
     {
         for (const char* name : {"house.plan.dxf", "Дом.dxf", "model.DXF", "folder.dxf/none"})
             write_file(name, dxf({"POINT 1.0 2.0 3.0"}));
+        write_file("empty.dxf", "");
         State run;
         const auto act = [&](const QString& step) { // when the user leaves, and arguments
             QByteArrayList words = step.toUtf8().split(' ');
