@@ -42,8 +42,10 @@ std::string_view without_line_end(std::string_view line)
 File open_at(const char* name, off_t at)
 {
     File file(std::fopen(name, "re"));
-    if (file)
+    if (file) {
+        (void)std::setvbuf(file.get(), nullptr, _IONBF, 0); // LineReader reads in blocks of its own
         ::fseeko(file.get(), at, SEEK_SET);
+    }
     return file;
 }
 

@@ -53,8 +53,10 @@ File open_file(const std::string& file_name)
         return nullptr;
     char character = 0;
     if (is_regular || ::read(descriptor, &character, 1) == 0)
-        if (std::FILE* file = ::fdopen(descriptor, "rt"))
+        if (std::FILE* file = ::fdopen(descriptor, "rt")) {
+            (void)std::setvbuf(file, nullptr, _IONBF, 0); // LineReader reads in blocks of its own
             return File(file);
+        }
     ::close(descriptor);
     return nullptr;
 }
