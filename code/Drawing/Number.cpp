@@ -38,8 +38,9 @@ const char* read_digits(const char* at, std::uint64_t& number)
     }
 }
 
-/// from_chars rounds correctly, in any locale. What it does not read to the end goes to the C library.
-double long_number(const char* begin, std::string_view text)
+/// from_chars rounds correctly, in any locale. What it does not read to the end goes to the C library. Not inlined,
+/// because its string would cost every short number a stack frame.
+[[gnu::noinline]] double long_number(const char* begin, std::string_view text)
 {
     static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
     const char* const end = text.data() + text.size();
