@@ -1,5 +1,5 @@
-// The blocks that memory is cut from. A block is an array of pages aligned to their size: the address of a piece,
-// rounded down, is that of its page, and the page knows its block.
+// The blocks that memory is cut from. A block is an array of pages aligned to their size: rounding down a piece's
+// address gives its page, which points to its block.
 
 #include "BlockMemory.h"
 
@@ -23,7 +23,7 @@ Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
 /// Moves to the next page of the block, or to a new block. Huge pages, which must be requested before the first write,
-/// make first writes five times as fast. One page a block would take twice the address space for its alignment.
+/// make first writes five times as fast. Blocks of one page would double the address space, for alignment.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {

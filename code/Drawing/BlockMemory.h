@@ -1,19 +1,19 @@
 // BlockMemory: an arena for the many small objects of a drawing, without the general allocator's overhead for each.
-// Which objects live in it is left to their classes.
+// The classes of these objects decide whether to use it.
 #pragma once
 
 #include <cstddef>
 
 /// A bump allocator: cuts consecutive pieces off large blocks, aligned for pointers and doubles. A block is freed or
 /// reused when all of its pieces are released, which suits the objects of a drawing: they come and go together. Not
-/// thread-safe; for pieces of up to some kilobytes.
+/// thread-safe. A piece must be smaller than 2 MB.
 namespace BlockMemory
 {
 
 /// Throws std::bad_alloc when memory runs out.
 void* take(std::size_t size);
 
-/// Releases a piece from take().
+/// Releases a piece from take(); ignores null.
 void release(void* piece) noexcept;
 
 } // namespace BlockMemory

@@ -74,7 +74,7 @@ public:
     }
 
     /// The unit normal of the plane through three points; it points towards a viewer who sees them run
-    /// counter-clockwise. (0, 0, 0) for points on one line or so close that the cross product is 0; NaN if it
+    /// counter-clockwise. (0, 0, 0) if they are collinear or so close that the cross product is 0; NaN if it
     /// overflows. Ignores the vector that it is called on.
     DRVect3d getNormal(const DRVect3d& vectA, const DRVect3d& vectB, const DRVect3d& vectC) const
     {

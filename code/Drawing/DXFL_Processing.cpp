@@ -24,7 +24,7 @@ namespace
 struct EntityStart {
     std::string_view keyword;
     DraftEntity::EntityType type;
-    Codes model_banner; // the groups that complete the entity
+    Codes model_banner; // the group codes of a complete entity
 };
 
 constexpr std::array<EntityStart, 3> entity_starts{{
@@ -39,29 +39,29 @@ struct CloseFile {
 
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Opens a regular file, or a FIFO or device that is at its end at once, such as /dev/null or a FIFO without a writer.
-/// Null for all others, because reading them might never end.
+/// Opens a regular file, or a FIFO or device whose first read returns end of file, such as /dev/null or a FIFO without
+/// a writer. Returns null for anything else, because reading it might never end.
 File open_file(const std::string& file_name)
 {
     struct stat facts = {};
     const bool is_regular = ::stat(file_name.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
     // Regular files are opened non-blocking, too: some in /proc, such as kmsg, would block.
     int descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // leased: this blocks until the owner gives it up
+    if (descriptor < 0 && errno == EWOULDBLOCK && is_regular) // a lease: this waits until its holder releases it
         descriptor = ::open(file_name.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
     char character = 0;
     if (is_regular || ::read(descriptor, &character, 1) == 0)
         if (std::FILE* file = ::fdopen(descriptor, "rt")) {
-            (void)std::setvbuf(file, nullptr, _IONBF, 0); // LineReader reads in blocks of its own
+            (void)std::setvbuf(file, nullptr, _IONBF, 0); // LineReader has its own buffer
             return File(file);
         }
     ::close(descriptor);
     return nullptr;
 }
 
-/// Searches by hand, because on short lines a call of memchr, as in find(), takes longer than the line.
+/// Searches by hand: on short lines this is faster than find(), which calls memchr.
 bool contains(std::string_view line, std::string_view word)
 {
     for (; line.size() >= word.size(); line.remove_prefix(1))
@@ -70,7 +70,7 @@ bool contains(std::string_view line, std::string_view word)
     return false;
 }
 
-/// The line without its LF and a CR right before it.
+/// The line without its LF or CR LF.
 std::string text_of(std::string_view line)
 {
     line.remove_suffix(1);
@@ -85,7 +85,7 @@ class OpenEntity
 public:
     explicit operator bool() const { return my_entity != nullptr; }
 
-    /// Appends an entity for each keyword in `line`, a value of group code 0. The last one becomes the open one.
+    /// Appends an entity for each keyword in `line`, a value of group code 0. The last of them becomes the open one.
     void start(std::string_view line, std::list<DraftEntity*>& drentity_lst)
     {
         for (const EntityStart& start : entity_starts) {
@@ -98,8 +98,8 @@ public:
         }
     }
 
-    /// Takes `line` as the value of the group codes that the line before it denotes. A line that itself denotes code 0
-    /// ends the entity, unless it is a handle or a layer name.
+    /// Stores `line` as the value of `previous_codes`, and ends the entity if that completes it. A line that itself
+    /// denotes code 0 also ends it, unless it is a handle or a layer name.
     void fill(Codes previous_codes, std::string_view line, Codes line_codes)
     {
         if ((previous_codes & code_5) != 0)

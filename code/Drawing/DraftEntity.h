@@ -68,7 +68,7 @@ public:
         return true;
     }
 
-    /// Sets the unit normal of a face from its first three points; (0, 0, 0) if they lie on one line. Points and
+    /// Sets the unit normal of a face from its first three points; (0, 0, 0) if they are collinear. Points and
     /// lines keep (0, 0, 0).
     void compute_normal();
     DRVect3d get_normal() const { return my_normal; }

@@ -30,9 +30,9 @@ Codes GroupCodes::denoted_by(const Line& line)
         return 0;
     if (line.text.size() > sizeof line.head)
         return test(line.text);
-    // The key is the head, which LineReader has in a word already: packing the characters otherwise took 2.8 times as
-    // long. Multiplicative hashing: the top 10 bits of the product, for 1024 slots, depend on all characters. The
-    // factor is 2^64 / golden ratio.
+    // The key is the head, which LineReader has already packed; packing the characters here takes 2.8 times as long.
+    // Multiplicative hashing: the top 10 bits of the product, for 1024 slots, depend on all characters. The factor is
+    // 2^64 / golden ratio.
     Tested& tested = my_tested[line.head * 0x9E3779B97F4A7C15 >> 54];
     if (tested.line != line.head)
         tested = {line.head, test(line.text)};

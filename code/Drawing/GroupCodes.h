@@ -1,5 +1,5 @@
 // GroupCodes: the group codes that the reader knows, and which of them a line denotes.
-// What the reader does at a code is left to DXFL_Processing.
+// DXFL_Processing decides what a code means.
 #pragma once
 
 #include "LineReader.h"
@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-/// A set of group codes of the DXF reference. The low bits are the coordinates of an entity's points, each x, y, z (10,
-/// 20, 30, then 11, 21, 31 and so on), so that the codes of a line can be or-ed into those that an entity has seen.
+/// A set of group codes of the DXF reference. The low bits are coordinates, in the order 10, 20, 30, 11, 21, 31 and so
+/// on: bit 3 * i + j is coordinate j of point i.
 using Codes = std::uint32_t;
 
 inline constexpr Codes coordinate_codes = 0xFFF;
@@ -19,11 +19,11 @@ inline constexpr Codes code_2 = 0x2000; // a section's name
 inline constexpr Codes code_5 = 0x4000; // an entity's handle
 inline constexpr Codes code_8 = 0x8000; // an entity's layer name
 
-/// A line that denotes a group code consists of these characters.
+/// A line that denotes a group code consists only of these characters.
 inline constexpr std::string_view code_characters = "012358 \r\n\t";
 
-/// Finds the group codes that a line denotes, with a given test. Caches the results for lines of up to eight
-/// characters, as nearly all lines with a group code are.
+/// Finds the group codes that a line denotes, with a given test. Caches the results for lines of up to eight bytes;
+/// hardly any line with a group code is longer.
 class GroupCodes
 {
 public:

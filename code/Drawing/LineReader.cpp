@@ -61,6 +61,6 @@ bool LineReader::read_more()
     const std::size_t room = my_block.size() - word_size - unfinished;
     const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file);
     my_end = unfinished + count;
-    std::memset(my_block.data() + my_end, 0, word_size); // otherwise next() could find an LF of older data
+    std::memset(my_block.data() + my_end, 0, word_size); // otherwise next() could find an old LF
     return count > 0;
 }

@@ -11,15 +11,15 @@
 /// A line with its LF.
 struct Line {
     std::string_view text;
-    std::uint64_t head = 0; // its first eight bytes, the first one lowest; zeros follow the LF of a shorter line
+    std::uint64_t head = 0; // its first eight bytes, little-endian, with zeros after the LF of a shorter line
 };
 
-/// Reads a file in blocks and returns its lines. What follows the last LF is not a line. Lines may hold any bytes and
-/// be as long as memory allows.
+/// Reads a file in blocks and returns its lines. Bytes after the last LF are not a line. Lines may contain any bytes
+/// and be as long as memory allows.
 class LineReader
 {
 public:
-    /// `file` must be open for reading, and remains the caller's.
+    /// `file` must be open for reading; the caller owns it.
     explicit LineReader(std::FILE* file);
 
     /// Sets `line` to the next line, which is valid until the next call. Returns false at the end of the file or on a
@@ -32,5 +32,5 @@ private:
     std::FILE* my_file;
     std::vector<char> my_block;
     std::size_t my_begin = 0; // of the next line in the block
-    std::size_t my_end = 0;   // of what the block holds
+    std::size_t my_end = 0;   // of the data in the block
 };

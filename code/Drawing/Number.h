@@ -3,7 +3,6 @@
 
 #include <string_view>
 
-/// The value of the longest number that `text` begins with, after white space: a sign, decimals, an exponent, a
-/// hexadecimal number, inf or nan, exactly as `atof` reads it. 0 if it begins with none. `text` ends with the
-/// LF of its line, or a NUL stands behind it.
+/// The longest number that `text` begins with, after white space: with a sign, decimals or an exponent, hexadecimal,
+/// inf or nan. 0 if it begins with none. `text` must end with an LF or be followed by a NUL.
 double to_number(std::string_view text);

@@ -1,5 +1,5 @@
-// GLObject: one drawing entity as OpenGL draws and picks it.
-// Which objects there are and when they are drawn is left to QGLEditor.
+// GLObject: draws one entity with OpenGL, on the screen or for picking.
+// QGLEditor owns the objects and decides when to draw them.
 #pragma once
 
 #include "Drawing/BlockMemory.h"
@@ -26,7 +26,7 @@ public:
     static void* operator new(std::size_t size) { return BlockMemory::take(size); }
     static void operator delete(void* object) { BlockMemory::release(object); }
 
-    /// The object's id within its view. Its low 32 bits are the object's selection name in OpenGL.
+    /// The object's id within its view. Its low 32 bits are the object's name on OpenGL's name stack.
     unsigned long local_id() const { return my_local_id; }
     unsigned long local_id(unsigned long some_val) { return my_local_id = some_val; }
 
@@ -43,7 +43,7 @@ public:
     double thickness() const { return my_thickness; }
     double thickness(double some_val) { return my_thickness = some_val; }
 
-    /// Sends the object to the current context, with its local id as selection name. Must not be called between glBegin
+    /// Draws the object in the current context, with its local id on the name stack. Must not be called between glBegin
     /// and glEnd. Leaves lighting on after a solid face and off after everything else. A type or a rendering outside
     /// the enumerations draws nothing.
     void draw();

@@ -55,9 +55,9 @@ GLuint front_name(const GLuint* buffer, unsigned long count)
 /// Two opposite directional lights on the z axis of eye space, so that a face is lit alike from both sides.
 void set_up_lights(double limit)
 {
-    // Static: the first view of the process sets the positions for all. The lights are directional, so their distance
-    // does not matter. But OpenGL normalises the positions, so its square has to fit into a float, even if the limit is
-    // 0, infinite or NaN.
+    // Static: the first view of the process sets the positions for all. The distance of directional lights does not
+    // matter, but OpenGL normalises their positions: the square of the distance must fit into a float, even if the
+    // limit is 0, infinite or NaN.
     static const auto distance = static_cast<GLfloat>(std::fmin(std::fmax(10.0 * limit, 1e-19), 1e19));
     static const GLfloat position0[] = {0.0F, 0.0F, -distance, 0.0F};
     static const GLfloat position1[] = {0.0F, 0.0F, distance, 0.0F};
@@ -150,7 +150,7 @@ void QGLEditor::initializeGL()
     glDisable(GL_CULL_FACE);
     set_up_lights(drw_limit);
     // The smaller z is in front but x points to the right, so the picture is a mirror image: a face whose normal points
-    // to the eye runs clockwise in it.
+    // to the eye appears clockwise.
     glFrontFace(GL_CW);
     for (const GLenum capability : {GL_LIGHTING, GL_LIGHT0, GL_LIGHT1, GL_AUTO_NORMAL, GL_NORMALIZE, GL_DEPTH_TEST})
         glEnable(capability);
@@ -181,8 +181,8 @@ void QGLEditor::perspective_transformation(int cur_wwidth, int cur_wheight)
     double bottom = -1.0;
     double top = 1.0;
     // Near is +limit and far -limit, so that GL_LESS keeps the surface with the smaller z.
-    const double hither = drw_limit;
-    const double yon = -drw_limit;
+    const double near = drw_limit;
+    const double far = -drw_limit;
     if (aspect < 1) {
         bottom = -1 / aspect;
         top = 1 / aspect;
@@ -190,7 +190,7 @@ void QGLEditor::perspective_transformation(int cur_wwidth, int cur_wheight)
         left = -aspect;
         right = aspect;
     }
-    glOrtho(left, right, bottom, top, hither, yon);
+    glOrtho(left, right, bottom, top, near, far);
 }
 
 void QGLEditor::paintGL()
@@ -266,12 +266,12 @@ void QGLEditor::mouseMoveEvent(QMouseEvent* event)
 
 void QGLEditor::wheelEvent(QWheelEvent* event)
 {
-    const QPoint turned = event->angleDelta(); // in x if Alt is held
+    const QPoint turned = event->angleDelta(); // in x while Alt is held
     const double numDegrees = -(turned.x() + turned.y()) / 8.0;
     const double numSteps = numDegrees / 15.0;
     drw_scaling = std::pow(1.125, numSteps) * drw_scaling;
     update();
-    event->accept(); // wheel events arrive ignored, and Qt passes such events on to the parents
+    event->accept(); // wheel events start out ignored, and Qt passes ignored events on to the parents
 }
 
 void QGLEditor::mouseDoubleClickEvent(QMouseEvent* event)
@@ -323,7 +323,7 @@ void QGLEditor::select_at(const QPoint& pos)
     if (sel_entity_quantity == 0)
         return;
 
-    // OpenGL reports an overflow as -1; the buffer is full then.
+    // OpenGL reports an overflow as -1; the buffer is then full.
     const unsigned long loc_sel_entity_quantity =
         std::min<unsigned long>(sel_entity_quantity, bufMaxSize / entries_per_hit);
     my_last_selected_entity_id = front_name(sel_buffer, loc_sel_entity_quantity);

@@ -12,9 +12,9 @@
 
 class GLObject;
 
-/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are turned about the
-/// model's origin, scaled uniformly and moved in eye units; the shorter side of the widget spans -1 to 1 in these. No
-/// public operation repaints: the caller calls update().
+/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are rotated about the
+/// model's origin, scaled uniformly and translated, in eye units; the shorter side of the widget spans -1 to 1. No
+/// public function repaints: the caller calls update().
 class QGLEditor : public QGLWidget
 {
     Q_OBJECT
@@ -26,13 +26,13 @@ public:
     explicit QGLEditor(QWidget* parent);
     ~QGLEditor() override;
 
-    /// The corners of the drawing, in model coordinates. Drawing does not use them.
+    /// The extents of the drawing, in model coordinates. Painting does not use them.
     DRVect3d drawing_min_point() const { return drw_min_point; }
     DRVect3d drawing_min_point(DRVect3d some_vect) { return drw_min_point = some_vect; }
     DRVect3d drawing_max_point() const { return drw_max_point; }
     DRVect3d drawing_max_point(DRVect3d some_vect) { return drw_max_point = some_vect; }
 
-    /// The largest absolute coordinate of the drawing: half the depth of what is shown, in eye units. To be set before
+    /// The largest absolute coordinate of the drawing: half the depth of the view volume, in eye units. Set it before
     /// the first show; a later change takes effect at the next resize or pick. OpenGL rejects a limit of 0: the view
     /// then spans -1 to 1 in both directions, whatever its shape.
     double drawing_limit() const { return drw_limit; }
@@ -58,7 +58,7 @@ public:
     /// deleting an object twice crashes.
     void add_drawing_object(GLObject* some_object) { drw_globjects.push_back(some_object); }
 
-    /// The object at an index from 0, still owned by the view; null at and beyond the number of objects.
+    /// The object at an index that counts from 0, or null if there is none. The view still owns it.
     GLObject* get_drawing_object(unsigned long some_number) const;
     unsigned long quantity_of_drawing_objects() const { return drw_globjects.size(); }
 
@@ -77,11 +77,11 @@ public:
     /// stored and changes no angle.
     Orientation_Mode orientation(Orientation_Mode some_orientation);
 
-    /// The front orientation, unmoved, at the source scaling.
+    /// Sets the front orientation, no translation and the source scaling.
     void set_source_drawing_view();
 
-    /// "v.", the GL_VERSION string of the view's context, and ", ". Before the view is first shown, the string is that
-    /// of the current context, or "unknown" without one.
+    /// "v.", the GL_VERSION string of the view's context, and ", ". Before the view is first shown, it asks whatever
+    /// context is current; without one the string is "unknown".
     QString version_of_OpenGL();
 
 protected:

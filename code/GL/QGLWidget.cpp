@@ -1,4 +1,4 @@
-// Where QOpenGLWidget differs from what a view expects: when it paints, and the unit of sizes.
+// Makes QOpenGLWidget paint when a view expects it, and pass screen pixels to resizeGL.
 
 #include "QGLWidget.h"
 

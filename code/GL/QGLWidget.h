@@ -1,5 +1,5 @@
 // QGLWidget: the base class of a view, an adapter over QOpenGLWidget.
-// What is drawn in it is left to the view.
+// Drawing in it is left to the view.
 #pragma once
 
 #include <QOpenGLWidget>
@@ -25,8 +25,8 @@ public:
     }
 };
 
-/// A widget painted by OpenGL. The context is made when it is first shown; until then, and always without OpenGL,
-/// isValid() is false. Once shown, the widget has to stay in its window: in another one it would get a new context, but
+/// A widget painted by OpenGL. The context is created when it is first shown; until then, and always without OpenGL,
+/// isValid() is false. Once shown, the widget must stay in its window: in another one it would get a new context, but
 /// no resizeGL().
 class QGLWidget : public QOpenGLWidget
 {

@@ -30,7 +30,7 @@ constexpr QRect first_place(200, 200, 400, 400);
 
 constexpr const char* home_page = "https://tolmera.example";
 
-/// A link whose visible text is its own address.
+/// A link that shows its address.
 QString link(const QString& address)
 {
     return "<a href=\"" + address + "\">" + address + "</a>";
@@ -425,7 +425,7 @@ void MyMainWindow::about_dxf()
               "information that an AutoCAD&#174; drawing file contains.<br /><br />"
               "<i>Tagged data</i> means that every data element in the file is<br />"
               "preceded by an integer, which is called its <i>group code</i>.<br /><br />"
-              "The value of a group code tells which type of data element<br />"
+              "The value of a group code says which type of data element<br />"
               "follows, and what this element means for the given object<br />"
               "or record type.<br /><br />"
               "Nearly all information that a user puts into a drawing<br />"

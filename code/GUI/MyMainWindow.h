@@ -22,7 +22,7 @@ class MyMainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// Builds the window, with its stored position and size; showing it is left to the caller.
+    /// Builds the window and restores its position and size; the caller shows it.
     MyMainWindow();
     ~MyMainWindow() override;
 

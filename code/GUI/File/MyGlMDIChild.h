@@ -1,5 +1,5 @@
 // MyGlMDIChild: the drawing window, an OpenGL view that loads one DXF file.
-// Its frame, showing and closing it are left to the main window.
+// The main window frames, shows and closes it.
 #pragma once
 
 #include "Drawing/DXFL_Processing.h"
@@ -23,9 +23,9 @@ public:
     QSize minimumSizeHint() const override { return {50, 50}; }
     QSize sizeHint() const override { return {400, 500}; }
 
-    /// Loads a DXF file, once and before the window is shown. For a file that cannot be read it warns, changes nothing
-    /// and returns false; for one without a known entity it warns, leaves the view empty and returns true. Removes
-    /// the caller's wait cursor before a warning, during which the window may be closed and deleted.
+    /// Loads a DXF file; call it once, before the window is shown. If it cannot be read, warns, changes nothing and
+    /// returns false. If it has no known entity, warns, leaves the view empty and returns true. Removes the caller's
+    /// override cursor before a warning; the window may be deleted while the warning is open.
     bool loadFile(const QString& fileName);
 
     /// The file's name without its directory, its directory without symbolic links, and its size in bytes; empty and
