@@ -1,4 +1,4 @@
-// The benchmark: measures each figure in turn with what it is compared with. Each time is the minimum of several
+// The benchmark: measures each figure alternately with the one it is compared with. Each time is the minimum of several
 // rounds, because other load on the machine can only add to it. The drawings, the display and the page of results are
 // left to script/bench.
 
@@ -102,7 +102,7 @@ constexpr const char* row_format = "| %-30s | %8s | %-28s | %8s | %5s | %7s | %-
 constexpr int targets_missed = 3; // the exit code if the table is complete but a target is missed
 bool targets_hold = true;
 
-/// Prints a row at once. The ratio of Tolmera's figure to the other one has to be at most `target`.
+/// Prints a row immediately. The ratio of Tolmera's figure to the other one must be at most `target`.
 void print_row(const std::string& figure, double ours, const std::string& other, double theirs, double target,
                std::string (*text)(double) = time)
 {
@@ -168,7 +168,7 @@ Work running(std::vector<std::string> command, Used& used, const char* preload =
     };
 }
 
-/// Has to run before this process grows, because a child's peak resident set starts at its parent's.
+/// Must run before this process grows, because a child's peak resident set starts at its parent's.
 void measure_programs(const Input& faces, const std::string& f3d)
 {
     const std::string file = faces.file();
@@ -183,7 +183,7 @@ void measure_programs(const Input& faces, const std::string& f3d)
             running({"f3d", "--dry-run", "--resolution=256,256", "--output=" + picture, file}, theirs), 0.6);
 }
 
-/// Drawings as other programs write them, against limits of our own.
+/// Measures how drawings of other programs are opened, converted and previewed, against our own limits.
 void measure_foreign(const Input& faces)
 {
     const std::string foreign = faces.folder + "/rooms-2600.dxf";
@@ -234,7 +234,7 @@ Work loading(const std::string& file)
     };
 }
 
-/// The other reader has to take at least `slower_at_least` times as long as Tolmera's.
+/// The other reader must take at least `slower_at_least` times as long as Tolmera's.
 void measure_peer(const Input& faces, const std::string& name, unsigned long (*read_faces)(const std::string& file),
                   double slower_at_least)
 {
@@ -276,8 +276,8 @@ void measure_repaints(const Input& faces)
     }
 }
 
-/// Compares the time per face with that in a drawing of a hundredth the size. The small one is measured a hundred times
-/// in a row, so that other load affects both alike.
+/// Compares the time per face with that in a drawing a hundredth the size. The small one is measured a hundred times in
+/// a row, so that other load affects both alike.
 void measure_growth(const Input& faces)
 {
     const Input few = {faces.folder, faces.kind, faces.count / 100};
@@ -313,7 +313,7 @@ int main(int argc, char** argv)
     std::printf(row_format, "---", "---:", "---", "---:", "---:", "---:", "---");
     measure_programs(faces, argv[3]);
     measure_foreign(faces);
-    // Before there is a second thread, with which fgetc and malloc start to lock.
+    // Before there is a second thread, because from then on fgetc and malloc lock.
     double bare_seconds = 0.0;
     for (const Input& input : {Input{faces.folder, "points", faces.count}, {faces.folder, "lines", faces.count}, faces})
         bare_seconds =

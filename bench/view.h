@@ -41,7 +41,7 @@ inline std::vector<BareFace> read_bare_faces(const std::string& file)
     return faces;
 }
 
-/// The OpenGL calls of faces in the default colour, with names from 1024.
+/// Sends the OpenGL calls for faces in the default colour, with names from 1024.
 inline void draw_bare_faces(const std::vector<BareFace>& faces, GLObject::DRendering mode)
 {
     const GLfloat diffuse[] = {0.961F, 0.961F, 0.961F, 1.0F};

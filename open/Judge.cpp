@@ -1,6 +1,6 @@
-// Reads strict pairs of group code and value, as other programs do, and compares them with what the viewer makes of the
-// same lines. The viewer also takes a value for a group code: a bare 0 ends an entity, a handle 31 announces a
-// coordinate.
+// Reads a file as pairs of group code and value, as other programs do, and compares that with how the viewer reads the
+// same lines. The viewer may read a value as a group code: a coordinate 0 ends the entity, and the line after a handle
+// 31 becomes a coordinate.
 
 #include "Judge.h"
 
@@ -43,13 +43,13 @@ File open_at(const char* name, off_t at)
 {
     File file(std::fopen(name, "re"));
     if (file) {
-        (void)std::setvbuf(file.get(), nullptr, _IONBF, 0); // LineReader reads in blocks of its own
+        (void)std::setvbuf(file.get(), nullptr, _IONBF, 0); // LineReader has its own buffer
         ::fseeko(file.get(), at, SEEK_SET);
     }
     return file;
 }
 
-/// The pairs of a file from a position on, one after the other.
+/// Reads the pairs of a file one by one, starting at a byte offset.
 class Pairs
 {
 public:
@@ -57,7 +57,7 @@ public:
 
     bool is_open() const { return my_file != nullptr; }
 
-    /// False at the end of the file, or at a line that is no group code.
+    /// Reads the next pair. Returns false at the end of the file, or if the line is not a group code.
     bool next()
     {
         Line line;
@@ -82,12 +82,12 @@ public:
     std::string_view value() const { return without_line_end(my_value.text); }
     double number() const { return to_number(my_value.text); }
 
-    /// What the value denotes to the viewer.
+    /// The group codes that the viewer sees in the value.
     Codes value_codes() { return my_group_codes.denoted_by(my_value); }
 
-    off_t at; // where the next pair begins
+    off_t at; // the offset of the next pair
     int code = 0;
-    Codes codes = 0; // what the code's line denotes to the viewer
+    Codes codes = 0; // those that the viewer sees in the code's line
 
 private:
     File my_file;
@@ -98,7 +98,7 @@ private:
 
 using Layers = std::set<std::string>;
 
-/// A layer's name as it is compared.
+/// A layer's name in lower case, because these names are case-insensitive.
 std::string folded(std::string_view name)
 {
     std::string text(name);
@@ -108,8 +108,8 @@ std::string folded(std::string_view name)
 
 struct Kind {
     std::string_view name;
-    Codes coordinates; // when the viewer has seen these, it closes the entity
-    Codes required;    // those whose default is not 0
+    Codes coordinates; // the viewer closes the entity once it has read all of these
+    Codes required;    // must be given, because the viewer's default of 0 is wrong
 };
 
 constexpr std::array<Kind, 3> kinds{{{"POINT", 0x007, 0}, {"LINE", 0x03F, 0}, {"3DFACE", 0xFFF, 0x600}}};
@@ -120,14 +120,14 @@ const Kind* kind_of(std::string_view name)
     return found == kinds.end() ? nullptr : found;
 }
 
-/// Compares an entity of the file with what the viewer makes of it.
+/// Compares an entity with how the viewer reads it.
 class Entity
 {
 public:
     explicit Entity(const Kind& kind) : my_kind(kind) {}
 
-    /// Takes a pair, whose code stands for `coordinate` or, where that is 0, for a property.
-    void take(Pairs& pair, Codes coordinate)
+    /// Adds a pair. `coordinate` is the one that it gives, or 0 if it gives another property.
+    void add(Pairs& pair, Codes coordinate)
     {
         my_given |= coordinate;
         if (!my_is_open) {
@@ -135,27 +135,27 @@ public:
             return;
         }
         my_wrong &= ~coordinate;
-        see(pair.codes, coordinate);
+        record(pair.codes, coordinate);
         if (!my_is_open)
             return;
-        my_mistaken = pair.value_codes();
-        if ((my_mistaken & code_0) != 0 && (pair.codes & (code_5 | code_8)) == 0)
+        my_value_codes = pair.value_codes();
+        if ((my_value_codes & code_0) != 0 && (pair.codes & (code_5 | code_8)) == 0)
             my_is_open = false;
         else
-            see(my_mistaken, 0); // for the line behind it is its value to the viewer
+            record(my_value_codes, 0); // the viewer reads the next line as their value
     }
 
-    /// Whether the viewer has its coordinates, and closes it, when all its pairs have been taken.
-    bool is_as_meant() const
+    /// Whether the viewer reads all coordinates correctly, and then closes the entity. Call it after the last pair.
+    bool is_correct() const
     {
-        // An open entity does not end where its last value makes the next group code 0 a handle or a layer.
-        const bool ends = !my_is_open || (my_mistaken & (code_5 | code_8)) == 0;
+        // After a value that looks like code 5 or 8, the viewer reads the next group code 0 as a handle or a layer.
+        const bool ends = !my_is_open || (my_value_codes & (code_5 | code_8)) == 0;
         return my_wrong == 0 && (~my_given & my_kind.required) == 0 && ends;
     }
 
 private:
-    /// The viewer takes a line for the value of what `codes` denote, where it is that of `coordinate`.
-    void see(Codes codes, Codes coordinate)
+    /// Records that the viewer reads a line as the value of `codes`, though it is the value of `coordinate`.
+    void record(Codes codes, Codes coordinate)
     {
         my_wrong |= (codes & coordinate_codes) ^ coordinate;
         my_seen |= codes & coordinate_codes;
@@ -163,55 +163,55 @@ private:
     }
 
     Kind my_kind;
-    Codes my_given = 0;     // coordinates that the file gives
-    Codes my_seen = 0;      // those that the viewer has seen
-    Codes my_wrong = 0;     // those of which it has another value
-    Codes my_mistaken = 0;  // what the last value denotes
-    bool my_is_open = true; // to the viewer
+    Codes my_given = 0;       // coordinates that the file gives
+    Codes my_seen = 0;        // coordinates that the viewer has read
+    Codes my_wrong = 0;       // coordinates that the viewer has wrong
+    Codes my_value_codes = 0; // those that the viewer sees in the last value
+    bool my_is_open = true;   // until the viewer closes the entity
 };
 
-/// What is known of a part of the ENTITIES section.
+/// The result for a part of the ENTITIES section.
 struct Part {
-    bool is_as_meant = true;
-    bool has_end = false; // of the section
+    bool is_correct = true;
+    bool has_end = false; // whether the section ends in it
     // The largest -x, x, -y, y, -z and z.
     std::array<double, 6> reach{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
 };
 
-/// Reads the entities that begin before `end`, and before the end of the ENTITIES section.
+/// Reads the entities that begin before the offset `end`. Stops at the end of the section or when one is wrong.
 Part read_part(Pairs& pair, off_t end, const Layers& hidden)
 {
     Part part;
     Entity entity({});
-    for (off_t begin = pair.at; part.is_as_meant && pair.next(); begin = pair.at) {
+    for (off_t begin = pair.at; part.is_correct && pair.next(); begin = pair.at) {
         const int axis = pair.code / 10 - 1;
         const int corner = pair.code % 10;
         if (pair.code == 0) {
             const Kind* const kind = kind_of(pair.value());
             part.has_end = pair.value() == "ENDSEC";
-            part.is_as_meant = entity.is_as_meant() && (kind != nullptr || part.has_end || begin >= end);
+            part.is_correct = entity.is_correct() && (kind != nullptr || part.has_end || begin >= end);
             if (kind == nullptr || begin >= end)
                 break;
             entity = Entity(*kind);
         } else if (axis >= 0 && axis < 3 && corner < 4) {
-            entity.take(pair, Codes{1} << (3 * corner + axis));
+            entity.add(pair, Codes{1} << (3 * corner + axis));
             double* const reach = &part.reach[std::size_t{2} * static_cast<std::size_t>(axis)];
             const double value = pair.number();
             reach[0] = std::max(reach[0], -value);
             reach[1] = std::max(reach[1], value);
         } else {
-            entity.take(pair, 0);
+            entity.add(pair, 0);
             if (pair.code == 60 || pair.code == 67 || pair.code == 39) // invisible, in paper space, thick
-                part.is_as_meant = pair.number() == 0;
+                part.is_correct = pair.number() == 0;
             else if (pair.code == 8 && !hidden.empty())
-                part.is_as_meant = hidden.count(folded(pair.value())) == 0;
+                part.is_correct = hidden.count(folded(pair.value())) == 0;
         }
     }
     return part;
 }
 
-/// Where the first entity behind `at` begins, or else where the file ends.
-off_t entity_behind(const char* file_name, off_t at)
+/// The offset of the first entity after `at`, or of the end of the file.
+off_t entity_after(const char* file_name, off_t at)
 {
     const File file = open_at(file_name, at);
     LineReader lines(file.get());
@@ -225,14 +225,14 @@ off_t entity_behind(const char* file_name, off_t at)
     return at;
 }
 
-/// Reads the ENTITIES section in two threads, because every drawing waits for this.
+/// Reads the ENTITIES section in two threads, because this delays the opening of every drawing.
 Part read_entities(Pairs& pair, const char* file, off_t size, const Layers& hidden)
 {
-    const off_t middle = entity_behind(file, pair.at + (size - pair.at) / 2);
-    Pairs behind(file, middle);
-    auto second = std::async(std::launch::async, read_part, std::ref(behind), size, std::cref(hidden));
+    const off_t middle = entity_after(file, pair.at + (size - pair.at) / 2);
+    Pairs second_half(file, middle);
+    auto second = std::async(std::launch::async, read_part, std::ref(second_half), size, std::cref(hidden));
     Part part = read_part(pair, middle, hidden);
-    if (!part.is_as_meant || part.has_end)
+    if (!part.is_correct || part.has_end)
         return part;
     Part whole = second.get();
     for (std::size_t i = 0; i < part.reach.size(); ++i)
@@ -240,8 +240,8 @@ Part read_entities(Pairs& pair, const char* file, off_t size, const Layers& hidd
     return whole;
 }
 
-/// The viewer scales by 1 / limit about the origin. Below 1 its near and far planes cut the drawing, above 1e6 its
-/// depth buffer is too coarse.
+/// The viewer scales by 1 / limit about the origin. If the limit is below 1, the near and far planes cut the drawing;
+/// above 1e6 the depth buffer is too coarse.
 bool fills_the_view(const std::array<double, 6>& reach)
 {
     const double limit = *std::max_element(reach.begin(), reach.end());
@@ -255,10 +255,10 @@ Look look_of(const char* file)
 {
     struct stat facts = {};
     if (::stat(file, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size == 0)
-        return Look::AsMeant;
+        return Look::Correct;
     Pairs pair(file, 0);
     if (!pair.is_open())
-        return Look::AsMeant;
+        return Look::Correct;
     Layers hidden;
     std::string entry; // the last value of group code 0
     std::string layer;
@@ -266,12 +266,12 @@ Look look_of(const char* file)
         if (pair.code == 0)
             entry = pair.value();
         if ((pair.codes & code_2) != 0 && pair.value().find("ENTITIES") != std::string_view::npos) {
-            if (entry != "SECTION" || pair.value() != "ENTITIES") // the viewer takes it for the section's name
+            if (entry != "SECTION" || pair.value() != "ENTITIES") // the viewer reads it as the section's name
                 return Look::Wrong;
             const Part part = read_entities(pair, file, facts.st_size, hidden);
-            if (!part.is_as_meant || !part.has_end)
+            if (!part.is_correct || !part.has_end)
                 return Look::Wrong;
-            return fills_the_view(part.reach) ? Look::AsMeant : Look::Misplaced;
+            return fills_the_view(part.reach) ? Look::Correct : Look::Misplaced;
         }
         if (entry == "LAYER" && pair.code == 2)
             layer = folded(pair.value());

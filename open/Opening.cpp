@@ -1,4 +1,4 @@
-// A conversion with its progress, then the viewer and a message beside it. The processes end with this one.
+// Runs the conversion with a progress dialog, then the viewer with a message box. Both are killed with this process.
 
 #include "Opening.h"
 
@@ -25,7 +25,7 @@
 namespace
 {
 
-constexpr int longest_name = 230; // bytes of a name, without " (fitted).dxf"
+constexpr int longest_name = 230; // of a copy's name, in bytes, without " (fitted).dxf"
 
 class Opening
 {
@@ -51,10 +51,10 @@ public:
         my_dialog.setAutoReset(false);
         QObject::connect(&my_dialog, &QProgressDialog::canceled, &my_explode, &QProcess::kill);
 
-        my_message.setWindowTitle(my_title);
-        my_message.setIcon(QMessageBox::Information);
-        my_message.setTextFormat(Qt::PlainText);
-        my_message.setWindowModality(Qt::NonModal);
+        my_box.setWindowTitle(my_title);
+        my_box.setIcon(QMessageBox::Information);
+        my_box.setTextFormat(Qt::PlainText);
+        my_box.setWindowModality(Qt::NonModal);
         QObject::connect(&my_timer, &QTimer::timeout, [this] { show_message(); });
     }
 
@@ -72,23 +72,23 @@ public:
             if (status == QProcess::NormalExit && code == EXIT_SUCCESS)
                 show_copy();
             else
-                show_as_it_is(my_told.isEmpty() ? "tolmera-explode has failed." : my_told.takeLast());
+                show_as_it_is(my_messages.isEmpty() ? "tolmera-explode has failed." : my_messages.takeLast());
         });
-        my_dialog.setValue(0); // starts the second until it is shown
+        my_dialog.setValue(0); // starts the minimum duration
         my_explode.start(program("tolmera-explode").c_str(), {"--auto-fit", "--progress", input, path(my_copy)});
         if (!my_explode.waitForStarted())
             show_as_it_is("tolmera-explode is not installed.");
     }
 
-    /// Shows the file itself, under a name that the viewer takes. `reason` says why it is not converted, or is empty.
+    /// Shows the file itself, through a link if the viewer refuses its name. `reason`: why it was not converted.
     void show_as_it_is(QString reason = "")
     {
         if (reason.contains("holds nothing to show."))
-            my_told = QStringList(reason.remove(" (see --all)"));
+            my_messages = QStringList(reason.remove(" (see --all)"));
         else if (!reason.isEmpty())
-            my_told = QStringList("It could not be converted, so much of it may be missing. " + reason);
-        if (reason.endsWith("holds nothing to show.")) // the viewer will say that
-            my_told.clear();
+            my_messages = QStringList("It could not be converted, so much of it may be missing. " + reason);
+        if (reason.endsWith("holds nothing to show.")) // the viewer says so itself
+            my_messages.clear();
         const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }
@@ -109,19 +109,19 @@ private:
             const QString line = QString(my_explode.readLine()).trimmed();
             const QString text = line.section(": ", 1);
             if (line.startsWith("tolmera-explode: "))
-                my_told += text;
+                my_messages += text;
             else if (line.startsWith("progress: ") && my_dialog.isVisible())
                 my_dialog.setValue(text.toInt());
         }
     }
 
-    /// A copy that is moved or scaled says so in its name, which the viewer shows as its title.
+    /// Shows the converted copy. If it was moved or scaled, its name says so, because that is the viewer's title.
     void show_copy()
     {
-        const qsizetype lines = my_told.size();
-        my_told.removeIf([](const QString& line) { return line.startsWith("fitted: "); });
+        const qsizetype lines = my_messages.size();
+        my_messages.removeIf([](const QString& line) { return line.startsWith("fitted: "); });
         const QString fitted = my_copy + " (fitted)";
-        show(my_told.size() < lines && QFile::rename(path(my_copy), path(fitted)) ? path(fitted) : path(my_copy));
+        show(my_messages.size() < lines && QFile::rename(path(my_copy), path(fitted)) ? path(fitted) : path(my_copy));
     }
 
     void show(const QString& drawing)
@@ -132,17 +132,17 @@ private:
         });
         my_viewer.start(program("tolmera").c_str(), {drawing});
         if (!my_viewer.waitForStarted()) {
-            my_told = QStringList("The viewer tolmera is not installed.");
-            QObject::connect(&my_message, &QDialog::finished, [] { QApplication::exit(EXIT_FAILURE); });
+            my_messages = QStringList("The viewer tolmera is not installed.");
+            QObject::connect(&my_box, &QDialog::finished, [] { QApplication::exit(EXIT_FAILURE); });
         }
-        my_told.replaceInStrings("left out: ", "Points, lines and faces cannot show: ");
-        my_message.setText(my_title + "\n\n" + my_told.join("\n\n"));
-        if (!my_told.isEmpty())
+        my_messages.replaceInStrings("left out: ", "Points, lines and faces cannot show: ");
+        my_box.setText(my_title + "\n\n" + my_messages.join("\n\n"));
+        if (!my_messages.isEmpty())
             my_timer.start(100);
     }
 
-    /// Shows the message once the viewer's window is up. Nothing says when that is, but from then on the viewer mostly
-    /// sleeps.
+    /// Shows the message box once the viewer's window is up. Nothing reports that, but from then on the viewer mostly
+    /// sleeps (state S).
     void show_message()
     {
         QFile facts(QString("/proc/%1/stat").arg(my_viewer.processId()));
@@ -150,19 +150,19 @@ private:
         my_sleeps = is_busy ? 0 : my_sleeps + 1;
         if (my_sleeps == 5) {
             my_timer.stop();
-            my_message.show();
+            my_box.show();
         }
     }
 
     std::string my_file;
     QString my_folder;
-    QString my_title;    // the name of the file
-    QString my_copy;     // that of what is shown, without .dxf
-    QStringList my_told; // sentences
+    QString my_title;        // the name of the file
+    QString my_copy;         // the name of the copy, without .dxf
+    QStringList my_messages; // for the box
     QProgressDialog my_dialog;
-    QMessageBox my_message;
+    QMessageBox my_box;
     QTimer my_timer;
-    int my_sleeps = 0; // how often in a row the viewer was found asleep
+    int my_sleeps = 0; // consecutive times that the viewer was asleep
     QProcess my_explode;
     QProcess my_viewer;
 };
@@ -177,17 +177,17 @@ bool is_name_for_viewer(const std::string& file)
 
 int show(int argc, char** argv, const std::string& file, const std::string& folder, Look look)
 {
-    // Qt takes from its own what tells the desktop that the program has started; that is left to the viewer.
+    // Qt removes the startup notification ID from the environment of this process; the viewer needs it.
     const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     const QApplication app(argc, argv);
-    QApplication::setApplicationName("tolmera");
+    QApplication::setApplicationName("tolmera"); // StartupWMClass in the desktop entry
     QApplication::setApplicationDisplayName("Tolmera");
-    QApplication::setDesktopFileName("tolmera"); // and this is what the entry names as the windows' class
+    QApplication::setDesktopFileName("tolmera");
     QApplication::setWindowIcon(QIcon(":/mainicon.png"));
     QApplication::setQuitOnLastWindowClosed(false);
 
     Opening opening(file, folder, environment);
-    if (look == Look::AsMeant)
+    if (look == Look::Correct)
         opening.show_as_it_is();
     else
         opening.explode();

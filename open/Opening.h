@@ -1,14 +1,14 @@
-// Opening: has a drawing converted, shows the copy in the viewer, and says what is missing from it.
-// Judging it, and removing the folder in which this happens, are left to the caller.
+// Opening: converts a drawing if needed, shows it in the viewer, and says what is missing.
+// Judging the drawing, and making and removing the temporary folder, are left to the caller.
 #pragma once
 
 #include "Judge.h"
 
 #include <string>
 
-/// Whether the viewer opens a file of this name: it ends in ".dxf" and is UTF-8.
+/// Whether the viewer opens a file with this name: it ends in ".dxf" and is UTF-8.
 bool is_name_for_viewer(const std::string& file);
 
-/// Shows `file` in the viewer until that is closed, and returns the exit code for the process. Files are made in
-/// `folder`, if its path is not empty. The drawing is converted unless `look` is AsMeant.
+/// Shows `file` in the viewer, converted unless `look` is Correct. Makes copies and links in `folder`. Returns the exit
+/// code for the process when the viewer is closed.
 int show(int argc, char** argv, const std::string& file, const std::string& folder, Look look);

@@ -1,4 +1,4 @@
-// Programs: where the other programs of Tolmera are.
+// Programs: finds the other programs of Tolmera.
 #pragma once
 
 #include <climits>
@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-/// The path of another program of Tolmera beside the running one, or its bare name, which is then looked for in PATH.
+/// The path of a program in the folder of the running one, or if it is not there, its bare name, to be found in PATH.
 inline std::string program(const std::string& name)
 {
     char path[PATH_MAX];

@@ -1,6 +1,5 @@
-// Opens any drawing. If the viewer shows it as it is meant, this process becomes the viewer, before Qt is started.
-// Otherwise a child process has a copy made and shows it, and this one waits to remove the copy, even if the child
-// crashes.
+// Opens any drawing. If the viewer shows it correctly, this process becomes the viewer, without starting Qt. Otherwise
+// a child process converts it and shows the copy, and this one waits to remove the copy, even if the child crashes.
 
 #include "Judge.h"
 #include "Opening.h"
@@ -18,14 +17,14 @@
 namespace
 {
 
-/// Runs the viewer in place of this program. Returns where there is none.
+/// Replaces this process with the viewer. Returns only if that fails.
 void become_viewer(const char* file)
 {
     const std::string viewer = program("tolmera");
     ::execlp(viewer.c_str(), "tolmera", file, nullptr);
 }
 
-/// A private folder, or an empty path.
+/// Makes a private folder. Returns an empty path if that fails.
 std::string make_folder()
 {
     std::error_code error;
@@ -39,18 +38,18 @@ int main(int argc, char** argv)
 {
     std::string file = argc > 1 ? argv[1] : "";
     if (file[0] == '-')
-        file.insert(0, "./"); // no option of the other programs
+        file.insert(0, "./"); // else the other programs would read an option
     const Look look = look_of(file.c_str());
-    if (argc < 2 || (look == Look::AsMeant && is_name_for_viewer(file)))
+    if (argc < 2 || (look == Look::Correct && is_name_for_viewer(file)))
         become_viewer(argc < 2 ? nullptr : file.c_str());
 
-    // The signals that end a program are taken from the queue, so that none comes between two steps.
+    // Signals are blocked and received by sigwait(), so that none is missed, and none ends this process too early.
     sigset_t signals;
     ::sigemptyset(&signals);
     for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD})
         ::sigaddset(&signals, number);
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-    std::signal(SIGCHLD, SIG_DFL); // it may have been ignored, and would not come then
+    std::signal(SIGCHLD, SIG_DFL); // if it were ignored, it would not be sent
 
     const std::string folder = make_folder();
     const pid_t child = ::fork();

@@ -1,4 +1,4 @@
-// The isometric eye. All that it sees becomes triangles, filled row by row where nothing nearer is.
+// A rasteriser with a depth buffer and an isometric view. It fills everything as triangles, row by row.
 
 #include "Preview.h"
 
@@ -20,18 +20,18 @@ const DRVect3d eye_x = DRVect3d().normalize({1, 0, 1});
 const DRVect3d eye_y = DRVect3d().normalize({-1, 2, 1});
 const DRVect3d eye_z = DRVect3d().normalize({-1, -1, 1});
 
-// In the picture, where y points downwards: the front of a box is light, its top less, its side dark.
+// In picture coordinates, with y downwards. The front of a box is light, its top darker, its side darkest.
 const DRVect3d light = DRVect3d().normalize({0.32, 0.12, 0.94});
 
-constexpr unsigned char background = 80;    // darker than all that is drawn
-constexpr unsigned char darkest_face = 100; // which gets no light
+constexpr unsigned char background = 80;    // darker than anything drawn
+constexpr unsigned char darkest_face = 100; // parallel to the light
 constexpr unsigned char object_color = 245; // of points, lines and the lightest face, as in the viewer
 
-constexpr double margin = 0.12;        // around the drawing, in parts of its reach: two points at its edge are whole
-constexpr int smoothing = 4;           // samples for one pixel, along each side
-constexpr double stroke = 1.5;         // of lines, and of points at least, in pixels
-constexpr double lone_point = 1.0 / 8; // the side of a point that is alone, in parts of the picture
-constexpr int faintest_contrast = 8;   // to the background, that can still be seen
+constexpr double margin = 0.12;        // as a fraction of the drawing's reach; points at its edge are drawn whole
+constexpr int smoothing = 4;           // samples along each side of a pixel
+constexpr double stroke = 1.5;         // width of lines and smallest width of points, in pixels
+constexpr double lone_point = 1.0 / 8; // its side, as a fraction of the picture's
+constexpr int faintest_contrast = 8;   // with the background that can still be seen
 
 double dot(const DRVect3d& a, const DRVect3d& b)
 {
@@ -58,16 +58,16 @@ std::pair<int, int> samples_between(double begin, double end, int side)
 }
 
 /// Draws entities as samples with depth, for a picture of `size` pixels. Coordinates are in samples: x from the left, y
-/// from the top, z away from the eye. The first sample's centre is (0.5, 0.5). What is nearest is seen, and of what is
-/// equally near the first.
+/// from the top, z away from the eye. The first sample's centre is (0.5, 0.5). The nearest surface is seen; at equal
+/// depth, the one drawn first.
 class Painter
 {
 public:
-    Painter(const SeenExtents& extents, int size, std::size_t quantity)
+    Painter(const SeenExtents& extents, int size, std::size_t count)
         : my_side(size * smoothing), my_greys(std::size_t{1} * my_side * my_side, background),
           my_depths(my_greys.size(), std::numeric_limits<float>::infinity()), my_center(extents.center),
           my_middle(my_side / 2.0), my_scale(my_middle / (1 + margin) / (extents.reach > 0 ? extents.reach : 1)),
-          my_point_side(smoothing * std::max(stroke, lone_point * size / std::sqrt(static_cast<double>(quantity))))
+          my_point_side(smoothing * std::max(stroke, lone_point * size / std::sqrt(static_cast<double>(count))))
     {
     }
 
@@ -118,7 +118,7 @@ private:
         fill_triangle(corners[0], corners[2], corners[3], grey);
     }
 
-    /// A line with square ends; a square where the line has no length.
+    /// A line with square ends; a square if the line has no length.
     void draw_band(const DRVect3d& from, const DRVect3d& to, double width)
     {
         const double x = to.x() - from.x();
@@ -134,7 +134,7 @@ private:
     void fill_triangle(const DRVect3d& a, const DRVect3d& b, const DRVect3d& c, unsigned char grey)
     {
         const DRVect3d normal = (b - a) ^ (c - a);
-        if (normal.z() == 0) // the eye sees only its edge
+        if (normal.z() == 0) // it is seen edge-on
             return;
         const double slope_x = -normal.x() / normal.z();
         const double slope_y = -normal.y() / normal.z();
@@ -167,12 +167,12 @@ private:
         }
     }
 
-    int my_side; // of the square of samples
+    int my_side; // of the square canvas, in samples
     std::vector<unsigned char> my_greys;
     std::vector<float> my_depths;
     DRVect3d my_center;
-    double my_middle; // of the picture, in samples
-    double my_scale;  // samples for a drawing unit
+    double my_middle; // of the canvas, in samples
+    double my_scale;  // samples per drawing unit
     double my_point_side;
 };
 
@@ -186,7 +186,7 @@ std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
     for (const DraftEntity* entity : entities) {
         for (unsigned int i = 0; i < entity->points(); ++i) {
             const DRVect3d point = seen_point(*entity, i);
-            // fmin() and fmax() pass over a NaN.
+            // fmin() and fmax() ignore a NaN.
             min = DRVect3d(std::fmin(min.x(), point.x()), std::fmin(min.y(), point.y()), std::fmin(min.z(), point.z()));
             max = DRVect3d(std::fmax(max.x(), point.x()), std::fmax(max.y(), point.y()), std::fmax(max.z(), point.z()));
         }

@@ -1,5 +1,5 @@
-// The thumbnailer: a drawing in, its picture out as PNG, for file managers. Every input gets a picture or a reason
-// within bounds of time and memory.
+// The thumbnailer: draws the preview of a drawing as PNG, for file managers. Within limits of time and memory, every
+// input results in a picture or an error message.
 
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
@@ -35,11 +35,11 @@
 namespace
 {
 
-constexpr int largest_picture = 1024; // pixels a side, as the largest thumbnails of freedesktop.org
+constexpr int largest_picture = 1024; // pixels a side, as in the thumbnail standard of freedesktop.org
 constexpr off_t largest_file = off_t{256} << 20;
-constexpr rlim_t most_memory = rlim_t{1280} << 20; // bytes of data, that is without code and files
+constexpr rlim_t most_memory = rlim_t{1280} << 20; // bytes of data, without code and mapped files
 constexpr int milliseconds_to_explode = 5500;
-constexpr int milliseconds_to_draw = 7500; // with exploding
+constexpr int milliseconds_to_draw = 7500; // including exploding
 
 [[noreturn]] void fail(const std::string& problem)
 {
@@ -47,7 +47,7 @@ constexpr int milliseconds_to_draw = 7500; // with exploding
     std::_Exit(EXIT_FAILURE);
 }
 
-[[noreturn]] void fail_in_time(int /*signal*/)
+[[noreturn]] void fail_on_timeout(int /*signal*/)
 {
     constexpr std::string_view text =
         "tolmera-thumbnailer: the drawing is too large: it cannot be drawn within 8 seconds\n";
@@ -55,7 +55,7 @@ constexpr int milliseconds_to_draw = 7500; // with exploding
     ::_exit(EXIT_FAILURE);
 }
 
-/// Sets the time until SIGALRM comes; 0 takes it back.
+/// Has SIGALRM sent after this time; 0 cancels it.
 void bound_time(int milliseconds)
 {
     const itimerval time = {{}, {milliseconds / 1000, milliseconds % 1000 * 1000L}};
@@ -64,11 +64,11 @@ void bound_time(int milliseconds)
 
 void bound_memory()
 {
-#ifndef __SANITIZE_ADDRESS__ // which takes terabytes of addresses
+#ifndef __SANITIZE_ADDRESS__ // which reserves terabytes of address space
     rlimit bound = {};
     ::getrlimit(RLIMIT_DATA, &bound);
     bound.rlim_cur = std::min(bound.rlim_cur, most_memory);
-    ::setrlimit(RLIMIT_DATA, &bound); // succeeds, for it lowers a bound
+    ::setrlimit(RLIMIT_DATA, &bound); // cannot fail, because it does not raise a limit
 #endif
 }
 
@@ -80,8 +80,8 @@ int picture_size(std::string_view text)
     return error == std::errc() && stop == end && size <= largest_picture ? size : 0;
 }
 
-/// Has tolmera-explode write points, lines and faces into memory, and returns the path of that; the file's own path
-/// where this fails or takes too long.
+/// Has tolmera-explode convert a file into memory. Returns the path of the result, or the file's own path if that fails
+/// or takes too long.
 std::string exploded(const char* file)
 {
     const int memory = ::memfd_create("drawing", 0);
@@ -125,8 +125,8 @@ QByteArray picture_of(const char* file, int size)
     return png.data();
 }
 
-/// Puts the bytes into the regular file that is there, which somebody may have open, or into a new one. Where that
-/// fails, the file is emptied, or removed.
+/// Writes into the existing regular file, which somebody may have open, or into a new one. If writing fails, empties an
+/// existing file and removes a new one.
 void write_picture(const QByteArray& png, const char* file, const char* drawing)
 {
     const std::string failure = "the picture cannot be written: ";
@@ -145,7 +145,7 @@ void write_picture(const QByteArray& png, const char* file, const char* drawing)
         return;
     const int problem = errno;
     const bool undone = descriptor < 0 || (exists ? ::ftruncate(descriptor, 0) : ::unlink(file)) == 0;
-    fail(failure + std::strerror(problem) + (undone ? "" : ", and a part of it is left"));
+    fail(failure + std::strerror(problem) + (undone ? "" : ", and an incomplete file is left"));
 }
 
 } // namespace
@@ -158,9 +158,9 @@ int main(int argc, char** argv)
     if (size < 1)
         fail("usage: tolmera-thumbnailer -s SIZE INPUT OUTPUT, SIZE from 1 to 1024 pixels");
 
-    std::signal(SIGXFSZ, SIG_IGN); // write() fails at the size limit, where the signal would end us
-    std::signal(SIGCHLD, SIG_DFL); // an ignored one would hide how a child ended
-    std::signal(SIGALRM, fail_in_time);
+    std::signal(SIGXFSZ, SIG_IGN); // so that write() fails at the file size limit
+    std::signal(SIGCHLD, SIG_DFL); // if it were ignored, waitpid() would return no status
+    std::signal(SIGALRM, fail_on_timeout);
     sigset_t alarm;
     ::sigemptyset(&alarm);
     ::sigaddset(&alarm, SIGALRM);
