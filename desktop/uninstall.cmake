@@ -1,4 +1,4 @@
-# Removes the files of the installation's `manifest`, then the folders that only Tolmera uses, if they are empty.
+# Removes the files listed in `manifest`, then the folders that only Tolmera uses, if they are empty.
 if(NOT EXISTS "${manifest}")
   message(FATAL_ERROR "Nothing has been installed from this folder.")
 endif()

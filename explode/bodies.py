@@ -1,4 +1,4 @@
-# The plane faces of solid bodies and regions, whose geometry ezdxf reads as ACIS data.
+# The planar faces of solid bodies and regions. ezdxf reads their geometry, which is ACIS data.
 from __future__ import annotations
 
 from typing import Any, Iterator
@@ -8,8 +8,8 @@ from ezdxf.math import BoundingBox, Vec3
 
 
 def faces(entity: Any) -> Iterator[list[list[Vec3]]]:
-    """Yields the rings of each face: its border, then its holes. A body with anything curved or unknown raises some
-    exception: half a body would be taken for the whole."""
+    """Yields the rings of each face: its border, then its holes. Raises some exception if a body
+    has anything curved or unknown, because half a body looks like a whole one."""
     for body in load_dxf(entity):
         matrix = None if body.transform.is_none else body.transform.matrix
         for face in (face for lump in body.lumps() for shell in lump.shells() for face in shell.faces()):

@@ -1,5 +1,5 @@
-# A drawing as a tree of entities and blocks, and what is visible of it: layers, arrays, blocks in blocks. The shapes of
-# a single entity come from shapes.py.
+# A drawing as a tree of entities and blocks, and the visible part of that, with layers, arrays and nested blocks.
+# shapes.py makes the shapes of a single entity.
 from __future__ import annotations
 
 import math
@@ -19,13 +19,13 @@ from shapes import LEAVES, TEXTS, Cut, Entity, Made, attribute, shapes_of
 
 TOLERANCE = 1e-3  # of the drawing's largest extent
 ROUNDING = 1e-15  # of a coordinate
-INVISIBLE, CONSTANT = 1, 2  # in group 70 of an ATTRIB, and of an ATTDEF that is seen wherever its block is
+INVISIBLE, CONSTANT = 1, 2  # flags in group 70 of ATTRIB and ATTDEF; constant ATTDEFs are drawn with the block
 
 
 @dataclass(eq=False, slots=True)
 class Leaf:
-    """An entity with its shapes, which for a curve are just good enough to tell its extents. What points, lines and
-    faces cannot show has none."""
+    """An entity with its shapes: rough ones for a curve, good enough for its extents; none for an entity that cannot be
+    converted."""
 
     layer: str
     name: str
@@ -40,21 +40,21 @@ class Group:
 
     layer: str
     items: list[Item]
-    places: Callable[[], Iterable[Optional[Matrix44]]] = lambda: [None]  # where they are
-    scale: float = 1.0  # the largest factor by which a place stretches them
+    places: Callable[[], Iterable[Optional[Matrix44]]] = lambda: [None]  # a matrix for each copy
+    scale: float = 1.0  # the largest factor by which the matrix stretches them
     copies: int = 1  # the number of places
-    size: int = field(init=False)  # the number of all shapes in all places, as far as is known before curves are cut
+    size: int = field(init=False)  # the number of shapes in all places, with 1 for each curve
 
     def __post_init__(self) -> None:
         self.size = self.copies * sum(item.size for item in self.items)
 
 
 Item = Union[Leaf, Group]
-Placed = tuple[Leaf, Optional[Matrix44], float, str]  # a leaf as it is seen: place, largest scale and layer
+Placed = tuple[Leaf, Optional[Matrix44], float, str]  # a visible leaf with its matrix, largest scale and layer
 
 
 class Drawing:
-    """What is visible in the model space of a document, or all of it with `everything`."""
+    """The visible part of a document's model space, or all of it if `everything` is set."""
 
     def __init__(self, document: Document, everything: bool, text: bool, progress: Progress) -> None:
         layers = [] if everything else list(document.layers)
@@ -63,7 +63,7 @@ class Drawing:
         self.everything = everything
         self.text = text
         self.blocks: dict[str, list[Item]] = {}
-        self.invisible = 0  # entities, each counted once
+        self.invisible = 0  # entities that are hidden
         self.left_out: Counter[str] = Counter()
         space = document.modelspace()
         self.items = self.items_of(progress.counted(0, len(space), space))
@@ -83,7 +83,7 @@ class Drawing:
                     items += self.items_of_one(entity, name, layer)
             except MemoryError:
                 raise
-            except Exception:  # the library raises anything for a flawed entity
+            except Exception:  # ezdxf may raise anything for an invalid entity
                 items.append(Leaf(layer, name, []))
         return items
 
@@ -96,7 +96,7 @@ class Drawing:
             return [self.insert(entity, layer), *([Group(layer, texts)] if texts else [])]
         parts = virtual_entities(entity) if isinstance(entity, SupportsVirtualEntities) else ()
         if name.endswith("DIMENSION"):
-            parts = (part for part in parts if part.dxftype() != "POINT")  # marks of where it was measured
+            parts = (part for part in parts if part.dxftype() != "POINT")  # definition points
         items = self.items_of(parts)
         return [Group(layer, items) if items else Leaf(layer, name, [])]
 
@@ -124,7 +124,7 @@ class Drawing:
         return Group(layer, self.blocks[block.name], places, scale, rows * columns)
 
     def leaves(self) -> Iterator[Placed]:
-        """Yields each entity that is seen, and counts what is left out or invisible."""
+        """Yields each visible entity, and counts those that are left out or invisible."""
         return self.walk(self.items, None, 1.0, None, 1)
 
     def walk(
@@ -141,7 +141,7 @@ class Drawing:
                     yield item, matrix, scale, layer
                 else:
                     self.left_out[item.name] += times
-            elif not item.size:  # nothing to place, however often
+            elif not item.size:  # nothing to draw: count it without visiting each place
                 yield from self.walk(item.items, None, 1.0, layer, times * item.copies)
             else:
                 for place in item.places():
@@ -149,7 +149,7 @@ class Drawing:
                     yield from self.walk(item.items, inner, scale * item.scale, layer, times)
 
     def parts(self, tolerance: Optional[float], progress: Progress) -> Parts:
-        """Returns what is seen. Curves become lines that keep within `tolerance`, or by default within TOLERANCE of
+        """Returns the visible parts. Curves become lines that are at most `tolerance` away, by default TOLERANCE times
         the drawing's largest extent."""
         parts, rough = Parts(), Parts()
         curves: list[Placed] = []
@@ -188,6 +188,6 @@ def coordinates(shapes: list[Shape]) -> Iterator[float]:
 
 @lru_cache(maxsize=1000)  # for the curves of a block that is inserted often
 def cut(leaf: Leaf, distance: float) -> list[Shape]:
-    # A smaller distance from the curve is lost in the rounding of its coordinates.
+    # A smaller distance is lost in rounding errors of the coordinates.
     finest = ROUNDING * max(abs(value) for value in coordinates(leaf.shapes))
     return leaf.curve(max(distance, finest)) if leaf.curve else leaf.shapes

@@ -1,4 +1,4 @@
-# The points, lines and faces that a drawing becomes, and how they are fitted to the view. shapes.py makes them, writer.py
+# Stores the points, lines and faces of a converted drawing, and fits them to the view. shapes.py makes them, writer.py
 # writes them.
 from __future__ import annotations
 
@@ -9,10 +9,10 @@ from typing import Iterable, Iterator, NamedTuple, Optional, Sequence
 
 from ezdxf.math import Matrix44
 
-# The kinds of shapes are the names of the entities that they are written as.
+# Kinds of shapes, named after the entities that they become.
 POINT, LINE, FACE = KINDS = ("POINT", "LINE", "3DFACE")
 MOST_PARTS = 5_000_000  # points, lines and faces that a drawing may become
-MOST_AT_ONCE = 10_000  # lines of a chain
+MOST_AT_ONCE = 10_000  # lines of a chain in one piece
 FIT = 100.0  # the largest coordinate of a fitted drawing
 
 Vertex = tuple[float, float, float]
@@ -30,7 +30,7 @@ class Shape(NamedTuple):
 
 
 class Parts:
-    """Shapes in the coordinates of the drawing, stored tightly."""
+    """Shapes in the coordinates of the drawing, stored compactly."""
 
     def __init__(self) -> None:
         self.kinds = array("B")
@@ -50,7 +50,7 @@ class Parts:
             self.coordinates.extend(chain.from_iterable(placed(vertices, matrix) if matrix else vertices))
 
     def __iter__(self) -> Iterator[tuple[str, str, array[float]]]:
-        """Yields kind, layer and coordinates of each shape, and long chains in pieces."""
+        """Yields the kind, layer and coordinates of each shape. Splits long chains."""
         start = 0
         for kind, length, layer in zip(self.kinds, self.lengths, self.layers):
             for i in range(0, length - 1 or 1, MOST_AT_ONCE) if KINDS[kind] == LINE else (0,):
@@ -59,24 +59,24 @@ class Parts:
             start += 3 * length
 
     def extents(self) -> tuple[list[float], list[float]]:
-        """Returns the least and the largest x, y and z of one shape or more."""
+        """Returns the least and the largest x, y and z. There must be at least one shape."""
         if not math.isfinite(sum(self.coordinates)):
             raise Refused("Its coordinates are too large.")
         axes = [self.coordinates[axis::3] for axis in range(3)]
         return [min(axis) for axis in axes], [max(axis) for axis in axes]
 
     def is_shown_well(self) -> bool:
-        """Tells whether the viewer shows the drawing large and whole. It scales by 1/L about the origin, L being the
-        largest coordinate. If L is below 1, the near and the far plane cut the drawing; above 1e6 the depth buffer is
-        too coarse."""
+        """Returns whether the viewer shows the drawing large and whole. It scales by 1/L about the origin, L being the
+        largest coordinate. If L is below 1, the near and far planes cut the drawing; above 1e6 the depth buffer is too
+        coarse."""
         low, high = self.extents()
         largest = max(abs(value) for value in low + high)
-        return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= 2.0 * largest / 4.0
+        return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= largest / 2.0
 
     def fit(self) -> tuple[list[float], float]:
-        """Moves the middle to the origin, then scales the largest coordinate to FIT. Returns by how much."""
+        """Moves the middle to the origin, then scales the largest coordinate to FIT. Returns both changes."""
         low, high = self.extents()
-        move = [0.0 - (a + b) / 2.0 for a, b in zip(low, high)]
+        move = [0.0 - (a + b) / 2.0 for a, b in zip(low, high)]  # never -0.0, which would be printed
         factor = FIT / (max(b - a for a, b in zip(low, high)) / 2.0 or FIT)
         for axis in range(3):
             self.coordinates[axis::3] = array("d", [(x + move[axis]) * factor for x in self.coordinates[axis::3]])

@@ -1,4 +1,4 @@
-# What standard error is told, and how far the work is.
+# Writes messages and progress to standard error.
 from __future__ import annotations
 
 import contextlib
@@ -15,7 +15,7 @@ class Progress(NamedTuple):
     wanted: bool
 
     def counted(self, stage: int, total: int, items: Iterable[Item]) -> Iterator[Item]:
-        """Yields the items of a stage, of which there are about `total`. Writes how many per cent of the work are done."""
+        """Yields the items of a stage, about `total` in number, and writes the percentage of the work that is done."""
         step = total // STAGE + 1
         for number, item in enumerate(items):
             if self.wanted and number % step == 0:
@@ -24,6 +24,6 @@ class Progress(NamedTuple):
 
 
 def write(text: str) -> None:
-    """Writes to standard error, past the buffer that fails again and again where that is full or nobody reads it."""
+    """Writes to standard error without a buffer, because a buffer that cannot be written fails again at every flush."""
     with contextlib.suppress(OSError):
         os.write(STANDARD_ERROR, text.encode(errors="replace"))

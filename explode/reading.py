@@ -1,4 +1,4 @@
-# Reads a DXF file of any version, text or binary, and what can be read of a damaged one.
+# Reads DXF files of any version, text or binary, and damaged ones as far as possible.
 from __future__ import annotations
 
 import re
@@ -13,21 +13,21 @@ from ezdxf.lldxf.types import tag_type
 
 from parts import Refused
 
-# A group code 0, which begins an entity, a section and the like, up to the name of what begins.
+# A group code 0 with a name after it, which begins an entity, a section or the like.
 BEGIN = re.compile(rb"^[ \t]*0[ \t]*\r?\n(?=[0-9A-Z_]*[A-Z])", re.MULTILINE)
 OBJECTS = re.compile(BEGIN.pattern + rb"SECTION\s+2\s+OBJECTS\s", re.MULTILINE)
 
 
 def read(path: str) -> tuple[Drawing, Optional[str]]:
-    """Returns the document, and if the file is shown only in part the reason, as a sentence for the user."""
-    # ezdxf 0.18 takes group 70 of a 3DFACE for group 60, which hides an entity. It only hides edges.
+    """Returns the document, and if it is incomplete the reason, as a sentence for the user."""
+    # ezdxf 0.18 reads group 70 of a 3DFACE, which hides edges, as group 60, which hides the entity.
     for codes in ("acdb_face_group_codes", "merged_face_group_codes"):
         getattr(solid, codes, {}).pop(70, None)
     try:
         return readfile(path), None
     except (OSError, MemoryError):
         raise
-    except Exception as problem:  # the library raises anything for a damaged file
+    except Exception as problem:  # ezdxf may raise anything for a damaged file
         reason = " ".join(str(problem).split()) or type(problem).__name__
     with open(path, "rb") as file:
         content = file.read()
@@ -37,7 +37,7 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     if was_cut_off and not objects:
         del records[-1:]
     try:
-        document = recover.read(BytesIO(b"  0\n".join([b"", *filter(None, map(mended, records)), b"EOF\n"])))[0]
+        document = recover.read(BytesIO(b"  0\n".join([b"", *filter(None, map(repaired, records)), b"EOF\n"])))[0]
     except Exception:
         raise Refused(f"{path} is damaged: {reason}")
     if was_cut_off:
@@ -45,9 +45,9 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     return document, f"{path} is damaged, and is shown as far as it can be read: {reason}"
 
 
-def mended(record: bytes) -> bytes:
-    """Returns a record, or nothing if a group code is not a number or a value is not of its type. Of a header it keeps
-    the version of the file, which the first seven lines tell."""
+def repaired(record: bytes) -> bytes:
+    """Returns a record, or nothing if a group code is not a number or a value has the wrong type. Keeps the first seven
+    lines of a faulty header, which give the version of the file."""
     lines = record.splitlines()
     try:
         for code, value in zip(lines[1::2], lines[2::2], strict=True):

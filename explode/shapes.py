@@ -1,5 +1,5 @@
-# The points, chains of lines and faces of a single entity. Blocks, dimensions and the like, which are made of other
-# entities, are left to drawing.py.
+# Makes the points, chains of lines and faces of a single entity. Blocks, dimensions and the like, which consist of
+# other entities, are left to drawing.py.
 from __future__ import annotations
 
 import math
@@ -14,19 +14,19 @@ from ezdxf.render.trace import TraceBuilder
 
 from parts import FACE, LINE, MOST_PARTS, POINT, Shape, Vertex
 
-Entity = Any  # the classes of ezdxf have their attributes from tables
-Cut = Callable[[float], list[Shape]]  # makes the shapes that keep within a distance of a curve
+Entity = Any  # ezdxf keeps the attributes of its classes in tables, which mypy cannot see
+Cut = Callable[[float], list[Shape]]  # makes shapes within a given distance of a curve
 Made = Union[list[Shape], Cut]
-Corner = tuple[Vec2, float]  # of a polyline, with the bulge behind it
+Corner = tuple[Vec2, float]  # of a polyline, with the bulge of the side after it
 
-WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: the smallest circle is an octagon
+WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: even a tiny circle becomes an octagon
 TEXTS = ("TEXT", "MTEXT", "ATTRIB", "ATTDEF")
-SPLINE_FRAME = 16  # in group 70: the VERTEX controls a smoothed polyline, but is no part of it
+SPLINE_FRAME = 16  # flag in group 70: the VERTEX is a control point of a smoothed polyline, not on it
 
 
 def shapes_of(entity: Entity) -> Made:
-    """Returns the shapes of an entity that LEAVES lists, or for a curve a function that returns those which keep within
-    a distance of it. A flawed entity raises some exception."""
+    """Returns the shapes of an entity whose type is in LEAVES; for a curve, a function that makes them. Raises some
+    exception if the entity is invalid."""
     made = LEAVES[entity.dxftype()](entity)
     thickness = attribute(entity, "thickness", 0.0)
     if not thickness:
@@ -44,7 +44,7 @@ def attribute(entity: Entity, name: str, default: Any) -> Any:
 
 
 def polygon(vertices: list[Vec3]) -> list[Shape]:
-    """Returns a face, or triangles that do not overlap for a polygon that is concave or has more than four corners."""
+    """Returns a face; if the polygon is concave or has more than four corners, triangles that do not overlap."""
     corners = [a for a, b in zip(vertices, vertices[-1:] + vertices[:-1]) if a.xyz != b.xyz] or vertices[:1]
     if len(corners) < 3:
         return [Shape(LINE if len(corners) == 2 else POINT, plain(corners))]
@@ -62,7 +62,7 @@ def triangle(a: Vec3, b: Vec3, c: Vec3) -> Shape:
 
 
 def is_face(corners: list[Vec3]) -> bool:
-    """Tells whether a polygon is a quadrilateral of which no single corner points inwards."""
+    """Returns whether a polygon is a convex or self-crossing quadrilateral: not one with a single reflex corner."""
     edges = [corner - corners[i - 1] for i, corner in enumerate(corners)]
     turns = [edge.cross(following) for edge, following in zip(edges, edges[1:] + edges[:1])]
     normal = turns[0] + turns[2]
@@ -71,8 +71,8 @@ def is_face(corners: list[Vec3]) -> bool:
 
 
 def cut_polygon(rings: list[list[Vec3]]) -> list[Shape]:
-    """Returns the triangles of a polygon, whose first ring is its border and the others its holes. They are cut in the
-    view along the axis from which it looks largest."""
+    """Returns the triangles of a polygon. Its first ring is its border, the others are its holes. It is cut in the
+    projection along an axis in which it is largest."""
     spokes = [corner - rings[0][0] for corner in rings[0]]
     normal = sum((a.cross(b) for a, b in zip(spokes, spokes[1:])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
@@ -99,13 +99,13 @@ def extruded(shapes: list[Shape], height: Vec3) -> list[Shape]:
 
 
 def chain(vertices: Iterable[Vec3]) -> list[Shape]:
-    """Returns a chain of lines, and none for a lone vertex. Stops an endless one when it is too long to be written."""
+    """Returns a chain of lines, or nothing for a single vertex. Stops when it is too long, as it may be endless."""
     ends = plain(islice(vertices, MOST_PARTS + 2))
     return [Shape(LINE, ends)] if len(ends) > 1 else []
 
 
 def lines_of_arc(radius: float, angle: float, distance: float) -> int:
-    """Returns how many lines keep within a distance of an arc. A full circle is also cut at its extreme points."""
+    """Returns how many lines keep within a distance of an arc. For a circle, a multiple of 4 preserves its extents."""
     widest = math.degrees(4.0 * math.asin(math.sqrt(min(distance / radius / 2.0, 1.0))))
     count = math.ceil(max(angle / min(widest, WIDEST_ANGLE) - 1e-9, 1.0)) if widest else 1
     return 4 * math.ceil(count / 4) if angle == 360.0 else count
@@ -119,13 +119,13 @@ def arc_angles(radius: float, start: float, end: float, distance: float) -> Iter
 
 
 def ellipse_vertices(tool: ConstructionEllipse, distance: float) -> Iterable[Vec3]:
-    """Yields vertices of an ellipse, with angles as in the circle around it."""
+    """Yields vertices of an ellipse, at the angles for its circumscribed circle."""
     count = lines_of_arc(tool.major_axis.magnitude * max(1.0, tool.ratio), math.degrees(tool.param_span), distance)
     return tool.vertices(tool.start_param + tool.param_span * i / count for i in range(count + 1))
 
 
 def spline_vertices(tool: BSpline, distance: float) -> Iterable[Vec3]:
-    # ezdxf compares the distance in the middle of each line; at an inflection it is larger beside that.
+    # ezdxf checks the distance at the middle of each line only; near an inflection it is larger elsewhere.
     return tool.flattening(distance / 2.0)
 
 
@@ -188,12 +188,12 @@ def faces_of(vertices: list[Vec3], faces: Iterable[Sequence[int]]) -> list[Shape
 def flat_polyline(
     entity: Entity, points: Iterable[tuple[float, float, float]], closed: bool, elevation: float, width: float
 ) -> Made:
-    """Returns the shapes of a polyline of (x, y, bulge) in the coordinates of its plane: faces if it has width."""
+    """Returns the shapes of a polyline of (x, y, bulge) in the coordinates of its plane; faces if it has a width."""
 
     def cut(distance: float) -> list[Shape]:
         return chain(raised(round_vertices(corners, closed, distance), entity, elevation))
 
-    @lru_cache(maxsize=1)  # for the many arcs of which an octagon is good enough
+    @lru_cache(maxsize=1)  # small arcs reuse the octagon that is made first
     def band(count: int) -> list[Shape]:
         faces = TraceBuilder.from_polyline(entity, segments=count).faces()
         vertices = iter(raised((vertex for face in faces for vertex in face), entity, elevation))
@@ -210,12 +210,12 @@ def flat_polyline(
 
 
 def raised(flat: Iterable[Union[Vec2, Vec3]], entity: Entity, elevation: float) -> Iterable[Vec3]:
-    """Yields vertices of an entity's plane in the coordinates of the drawing."""
+    """Converts vertices from the coordinates of an entity's plane to those of the drawing."""
     return entity.ocs().points_to_wcs(Vec3(vertex.x, vertex.y, elevation) for vertex in flat)
 
 
 def visible(bulge: float) -> float:
-    """Returns a bulge, and 0 for one so small that nobody sees it."""
+    """Returns a bulge, or 0 if it is too small to be seen."""
     return bulge if abs(bulge) > 1e-9 else 0.0
 
 
@@ -227,7 +227,7 @@ def sides(corners: list[Corner], closed: bool) -> Iterator[tuple[Vec2, Vec2, flo
 
 
 def round_vertices(corners: list[Corner], closed: bool, distance: float) -> Iterator[Vec2]:
-    """Yields the vertices of a polyline with those on its arcs. A bulge is the tangent of a quarter of an arc's angle."""
+    """Yields the vertices of a polyline and of its arcs. A bulge is the tangent of a quarter of an arc's angle."""
     yield corners[0][0]
     for start, end, bulge in sides(corners, closed):
         if bulge:
@@ -282,7 +282,7 @@ def text(entity: Entity) -> list[Shape]:
     return [Shape(LINE, outline) for outline in outlines(entity)]
 
 
-# Points, lines and faces cannot show images and the like.
+# The types that are converted. Images and the like cannot be.
 LEAVES: dict[str, Callable[[Entity], Made]] = {
     "POINT": lambda entity: [Shape(POINT, [entity.dxf.location.xyz])],
     "LINE": lambda entity: [Shape(LINE, [entity.dxf.start.xyz, entity.dxf.end.xyz])],

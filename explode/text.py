@@ -1,4 +1,4 @@
-# Texts as the outlines of their letters. fontTools reads the fonts, ezdxf lays out what has several lines.
+# Makes the outlines of the letters of texts. fontTools reads the fonts, ezdxf lays out texts of several lines.
 from __future__ import annotations
 
 import math
@@ -20,7 +20,7 @@ from fontTools.ttLib import TTFont
 from parts import Vertex, placed
 
 FOLDERS = ("/usr/share/fonts", "/usr/local/share/fonts", "~/.local/share/fonts", "~/.fonts", "/usr/share/matplotlib")
-# Fonts in place of one that is missing or lacks letters: the first that has them all.
+# Substitutes for a font that is missing or lacks letters; the first that has them all is used.
 FALLBACKS = ("dejavusans", "liberationsans", "notosans", "notosanscjk", "notosanscjkvf", "droidsansfallbackfull")
 TOLERANCE = 1 / 30  # of the height of a capital letter
 
@@ -73,7 +73,7 @@ class Font:
         self.letters: dict[str, tuple[list[Outline], float]] = {}
 
     def letter(self, letter: str) -> tuple[list[Outline], float]:
-        """Returns the outlines of a letter, and how far the next one is."""
+        """Returns the outlines of a letter and its advance width."""
         if letter not in self.letters:
             glyph = self.glyphs[self.names.get(ord(letter), ".notdef")]
             pen = OutlinePen(self.glyphs, TOLERANCE * self.capital)
@@ -95,7 +95,7 @@ class Font:
 
 @lru_cache(maxsize=None)
 def font_files() -> dict[str, str]:
-    """Returns the fonts of this machine by their names in small letters and digits, such as "dejavusansbold"."""
+    """Returns the installed font files by name, in lower-case letters and digits, such as "dejavusansbold"."""
     files: dict[str, str] = {}
     for folder in FOLDERS:
         for place, _, names in os.walk(os.path.expanduser(folder)):
@@ -135,7 +135,7 @@ def font_of(face: FontFace, text: str) -> Font:
 def face_of(entity: Any) -> FontFace:
     try:
         return get_entity_font_face(entity)
-    except const.DXFTableEntryError:  # there is no such style
+    except const.DXFTableEntryError:  # the style does not exist
         return FontFace()
 
 
@@ -206,7 +206,7 @@ class Layout(AbstractMTextRenderer):
 
 
 class Renderer(text_layout.ContentRenderer):
-    """Draws a word, and the lines under, over and through it or in a fraction."""
+    """Draws a word, its underline, overline and strike-through, and the bar of a fraction."""
 
     def __init__(self, drawn: list[Outline], outlines: list[Outline], scale: Matrix44) -> None:
         self.drawn, self.outlines, self.scale = drawn, outlines, scale

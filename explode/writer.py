@@ -1,5 +1,5 @@
-# Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's takes every line of the digits
-# 0 1 2 3 5 8 and blanks for a possible group code, so no other line may look like that.
+# Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's may read any line of only the
+# digits 0 1 2 3 5 8 and blanks as a group code, so no value may look like that.
 from __future__ import annotations
 
 import io
@@ -14,7 +14,7 @@ from ezdxf.lldxf.encoding import decode_dxf_unicode
 from parts import FACE, LINE, POINT, Parts
 from progress import Progress
 
-# Handles that begin with a letter are no group codes. The other objects of the file have smaller ones.
+# In hexadecimal it begins with a letter, as no group code does. The file's other objects have smaller handles.
 FIRST_HANDLE = 0xA00000
 
 CLASSES = {POINT: "AcDbPoint", LINE: "AcDbLine", FACE: "AcDbFace"}
@@ -22,7 +22,7 @@ CORNERS = {POINT: 1, LINE: 2, FACE: 4}
 
 
 def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Progress) -> None:
-    """Writes parts to a stream. `colors` has the number of a layer's colour by its name in lower case."""
+    """Writes parts to a stream. `colors` has colour numbers by layer name in lower case."""
     layers = {layer: valid_name(layer) for layer in set(parts.layers)}
     head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, parts)
     stream.write(head.encode())
@@ -41,9 +41,9 @@ def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Prog
 
 @lru_cache(maxsize=None)
 def form(kind: str, name: str) -> tuple[str, list[int]]:
-    """Returns an entity on the layer `name` as text, with places for its handle and its coordinates, and the order of
-    its corners. A reader may take a layer's name such as 31 for a group code. That only harms if the code completes the
-    entity, so the corners are in an order in which another code comes last."""
+    """Returns the text of an entity on the layer `name`, with placeholders for its handle and coordinates, and the
+    order of its corners. A reader may read a layer name such as 31 as a group code. That does harm only if this code
+    completes the entity, so another code comes last."""
     corners = list(range(CORNERS[kind]))
     for order in (corners, corners[1:] + corners[:1]):
         if f"3{order[-1]}" not in name or name.strip("012358 \t"):
@@ -57,7 +57,7 @@ def form(kind: str, name: str) -> tuple[str, list[int]]:
 
 def frame(colors: dict[str, int], parts: Parts) -> tuple[str, str]:
     """Returns what comes before and after the entities: header, tables with the coloured layers, and objects."""
-    document = new("R2000" if "".join(colors).isascii() else "R2007")  # which is the first in UTF-8
+    document = new("R2000" if "".join(colors).isascii() else "R2007")  # the first version in UTF-8
     for name, color in colors.items():
         if not document.layers.has_entry(name):
             document.layers.add(name, color=color if 0 < color < 256 else 7)
