@@ -23,7 +23,7 @@ CORNERS = {POINT: 1, LINE: 2, FACE: 4}
 
 def write(stream: BinaryIO, parts: Parts, colors: dict[str, int], progress: Progress) -> None:
     """Writes parts to a stream. `colors` has colour numbers by layer name in lower case."""
-    layers = {layer: valid_name(layer) for layer in set(parts.layers)}
+    layers = {layer: valid_name(layer) for layer in dict.fromkeys(parts.layers)}
     head, tail = frame({name: colors.get(layer.lower(), 7) for layer, name in layers.items()}, parts)
     stream.write(head.encode())
     handle = FIRST_HANDLE

@@ -89,7 +89,7 @@ public:
             my_messages = QStringList("It could not be converted, so much of it may be missing. " + reason);
         if (reason.endsWith("holds nothing to show.")) // the viewer says so itself
             my_messages.clear();
-        const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
+        const bool is_linked = !is_name_for_viewer(my_file) && !my_folder.isEmpty() && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }
 
@@ -187,7 +187,9 @@ int show(int argc, char** argv, const std::string& file, const std::string& fold
     QApplication::setQuitOnLastWindowClosed(false);
 
     Opening opening(file, folder, environment);
-    if (look == Look::Correct)
+    if (folder.empty())
+        opening.show_as_it_is("There is no folder for temporary files.");
+    else if (look == Look::Correct)
         opening.show_as_it_is();
     else
         opening.explode();

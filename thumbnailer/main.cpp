@@ -90,9 +90,9 @@ std::string exploded(const char* file)
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         std::signal(SIGALRM, SIG_DFL);
         bound_time(milliseconds_to_explode);
-        ::dup2(memory, STDOUT_FILENO);
         const std::string explode = program("tolmera-explode");
-        ::execlp(explode.c_str(), "tolmera-explode", "--", file, "-", nullptr);
+        if (::dup2(memory, STDOUT_FILENO) >= 0)
+            ::execlp(explode.c_str(), "tolmera-explode", "--", file, "-", nullptr);
         ::_exit(EXIT_FAILURE);
     }
     int status = EXIT_FAILURE;
