@@ -21,6 +21,8 @@ TOLERANCE = 1e-3  # of the drawing's largest extent
 ROUNDING = 1e-15  # of a coordinate
 INVISIBLE, CONSTANT = 1, 2  # flags in group 70 of ATTRIB and ATTDEF; constant ATTDEFs are drawn with the block
 
+Matrix = Optional[Matrix44]  # None moves nothing
+
 
 @dataclass(eq=False, slots=True)
 class Leaf:
@@ -40,7 +42,7 @@ class Group:
 
     layer: str
     items: list[Item]
-    places: Callable[[], Iterable[Optional[Matrix44]]] = lambda: [None]  # a matrix for each copy
+    places: Callable[[], Iterable[Matrix]] = lambda: [None]  # a matrix for each copy
     scale: float = 1.0  # the largest factor by which the matrix stretches them
     copies: int = 1  # the number of places
     size: int = field(init=False)  # the number of shapes in all places, with 1 for each curve
@@ -50,7 +52,7 @@ class Group:
 
 
 Item = Union[Leaf, Group]
-Placed = tuple[Leaf, Optional[Matrix44], float, str]  # a visible leaf with its matrix, largest scale and layer
+Placed = tuple[Leaf, Matrix, float, str]  # a visible leaf with its matrix, largest scale and layer
 
 
 class Drawing:
@@ -85,6 +87,9 @@ class Drawing:
                 raise
             except Exception:  # ezdxf may raise anything for an invalid entity
                 items.append(Leaf(layer, name, []))
+        for item in items:
+            if item.layer != "0" and self.hides(item, item.layer):
+                item.size = 0
         return items
 
     def items_of_one(self, entity: Entity, name: str, layer: str) -> list[Item]:
@@ -108,7 +113,7 @@ class Drawing:
             seen = [part for part in block if part.dxftype() != "ATTDEF" or part.dxf.flags & CONSTANT]
             self.blocks[block.name] = [Leaf("0", "INSERT", [])]  # if the block contains itself
             self.blocks[block.name] = self.items_of(seen)
-        if not len(block) or not all(map(math.isfinite, (*first, dxf.row_spacing, dxf.column_spacing))):
+        if not all(map(math.isfinite, (*first, dxf.row_spacing, dxf.column_spacing))):
             return Leaf(layer, "INSERT", [])
         rows = max(1, dxf.row_count) if dxf.row_spacing else 1
         columns = max(1, dxf.column_count) if dxf.column_spacing else 1
@@ -123,18 +128,16 @@ class Drawing:
         scale = max(abs(dxf.xscale), abs(dxf.yscale), abs(dxf.zscale))
         return Group(layer, self.blocks[block.name], places, scale, rows * columns)
 
-    def leaves(self) -> Iterator[Placed]:
-        """Yields each visible entity, and counts those that are left out or invisible."""
-        return self.walk(self.items, None, 1.0, None, 1)
+    def hides(self, item: Item, layer: str) -> bool:
+        """Freezing the layer of an INSERT hides all of it; switching it off hides only what lies on that layer."""
+        return layer.lower() in (self.frozen if isinstance(item, Group) else self.hidden)
 
-    def walk(
-        self, items: list[Item], matrix: Optional[Matrix44], scale: float, outer: Optional[str], times: int
-    ) -> Iterator[Placed]:
+    def walk(self, items: list[Item], matrix: Matrix, scale: float, outer: Optional[str], times: int) -> Iterator[Placed]:
+        """Yields each visible entity, and counts those that are left out or invisible."""
         for item in items:
-            # An entity on layer 0 of a block is shown on the layer of the INSERT. Freezing the layer of an INSERT hides
-            # all of it; switching it off hides only what lies on that layer.
+            # An entity on layer 0 of a block is shown on the layer of the INSERT.
             layer = outer if outer and item.layer == "0" else item.layer
-            if layer.lower() in (self.frozen if isinstance(item, Group) else self.hidden):
+            if self.hides(item, layer):
                 self.invisible += times
             elif isinstance(item, Leaf):
                 if item.shapes:
@@ -153,7 +156,7 @@ class Drawing:
         the drawing's largest extent."""
         parts, rough = Parts(), Parts()
         curves: list[Placed] = []
-        for leaf, matrix, scale, layer in progress.counted(1, self.size, self.leaves()):
+        for leaf, matrix, scale, layer in progress.counted(1, self.size, self.walk(self.items, None, 1.0, None, 1)):
             (rough if leaf.curve else parts).add(leaf.shapes, matrix, layer)
             if leaf.curve:
                 curves.append((leaf, matrix, scale, layer))

@@ -12,7 +12,7 @@ from ezdxf.math import Matrix44
 # Kinds of shapes, named after the entities that they become.
 POINT, LINE, FACE = KINDS = ("POINT", "LINE", "3DFACE")
 MOST_PARTS = 5_000_000  # points, lines and faces that a drawing may become
-MOST_AT_ONCE = 10_000  # lines of a chain in one piece
+MOST_AT_ONCE = 10_000  # lines of a chain that are written at once, which bounds the memory for that
 FIT = 100.0  # the largest coordinate of a fitted drawing
 
 Vertex = tuple[float, float, float]
@@ -71,7 +71,7 @@ class Parts:
         coarse."""
         low, high = self.extents()
         largest = max(abs(value) for value in low + high)
-        return 1.0 <= largest <= 1e6 and max(high[0] - low[0], high[1] - low[1]) >= largest / 2.0
+        return largest == 0 or 1.0 <= largest <= 1e6 and max(b - a for a, b in zip(low, high)) >= largest / 2.0
 
     def fit(self) -> tuple[list[float], float]:
         """Moves the middle to the origin, then scales the largest coordinate to FIT. Returns both changes."""

@@ -34,6 +34,8 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     was_cut_off = not content.rstrip().endswith(b"EOF")
     drawn, *objects = OBJECTS.split(content, maxsplit=1)
     records = BEGIN.split(drawn)[1:]
+    if not records:  # it is binary, or no DXF file
+        raise Refused(f"{path} is damaged: {reason}")
     if was_cut_off and not objects:
         del records[-1:]
     try:

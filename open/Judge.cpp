@@ -182,7 +182,7 @@ struct Part {
 Part read_part(Pairs& pair, off_t end, const Layers& hidden)
 {
     Part part;
-    Entity entity({});
+    Entity entity({}); // of no kind, for the pairs before the first one
     for (off_t begin = pair.at; part.is_correct && pair.next(); begin = pair.at) {
         const int axis = pair.code / 10 - 1;
         const int corner = pair.code % 10;
@@ -245,7 +245,7 @@ Part read_entities(Pairs& pair, const char* file, off_t size, const Layers& hidd
 bool fills_the_view(const std::array<double, 6>& reach)
 {
     const double limit = *std::max_element(reach.begin(), reach.end());
-    const double extent = std::max(reach[0] + reach[1], reach[2] + reach[3]);
+    const double extent = std::max({reach[0] + reach[1], reach[2] + reach[3], reach[4] + reach[5]});
     return limit <= 0 || (limit >= 1 && limit <= 1e6 && extent >= limit / 2);
 }
 

@@ -68,7 +68,6 @@ public:
         QObject::connect(&my_explode, &QProcess::finished, [this](int code, QProcess::ExitStatus status) {
             if (my_dialog.wasCanceled())
                 return QApplication::exit(EXIT_SUCCESS);
-            my_dialog.reset();
             if (status == QProcess::NormalExit && code == EXIT_SUCCESS)
                 show_copy();
             else
@@ -81,15 +80,12 @@ public:
     }
 
     /// Shows the file itself, through a link if the viewer refuses its name. `reason`: why it was not converted.
-    void show_as_it_is(QString reason = "")
+    void show_as_it_is(const QString& reason = "")
     {
-        if (reason.contains("holds nothing to show."))
-            my_messages = QStringList(reason.remove(" (see --all)"));
-        else if (!reason.isEmpty())
-            my_messages = QStringList("It could not be converted, so much of it may be missing. " + reason);
-        if (reason.endsWith("holds nothing to show.")) // the viewer says so itself
-            my_messages.clear();
-        const bool is_linked = !is_name_for_viewer(my_file) && !my_folder.isEmpty() && make_link(path(my_copy));
+        const bool is_converted = reason.contains("holds nothing to show.");
+        if (!reason.isEmpty() && !reason.endsWith("holds nothing to show.")) // the viewer says that itself
+            my_messages += (is_converted ? "" : "It could not be converted, so much of it may be missing. ") + reason;
+        const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }
 
@@ -99,6 +95,8 @@ private:
     bool make_link(const QString& link) const
     {
         std::error_code error;
+        if (my_folder.isEmpty() || !std::filesystem::exists(my_file, error))
+            return false;
         std::filesystem::create_symlink(std::filesystem::absolute(my_file), link.toStdString(), error);
         return !error;
     }

@@ -27,8 +27,8 @@ void become_viewer(const char* file)
 /// Makes a private folder. Returns an empty path if that fails.
 std::string make_folder()
 {
-    std::error_code error;
-    std::string folder = std::filesystem::temp_directory_path(error) / "tolmera-XXXXXX";
+    const char* const place = std::getenv("TMPDIR");
+    std::string folder = std::string(place != nullptr ? place : "/tmp") + "/tolmera-XXXXXX";
     return ::mkdtemp(folder.data()) != nullptr ? folder : "";
 }
 
@@ -36,17 +36,19 @@ std::string make_folder()
 
 int main(int argc, char** argv)
 {
-    std::string file = argc > 1 ? argv[1] : "";
+    if (argc < 2)
+        become_viewer(nullptr);
+    std::string file = argc < 2 ? "" : argv[1];
     if (file[0] == '-')
         file.insert(0, "./"); // else the other programs would read an option
     const Look look = look_of(file.c_str());
-    if (argc < 2 || (look == Look::Correct && is_name_for_viewer(file)))
-        become_viewer(argc < 2 ? nullptr : file.c_str());
+    if (look == Look::Correct && is_name_for_viewer(file))
+        become_viewer(file.c_str());
 
     // Signals are blocked and received by sigwait(), so that none is missed, and none ends this process too early.
     sigset_t signals;
     ::sigemptyset(&signals);
-    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGCHLD})
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGCHLD})
         ::sigaddset(&signals, number);
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGCHLD, SIG_DFL); // if it were ignored, it would not be sent
@@ -63,7 +65,7 @@ int main(int argc, char** argv)
         int number = 0;
         ::sigwait(&signals, &number);
         if (number != SIGCHLD)
-            ::kill(child, SIGTERM);
+            ::kill(child, number); // which ignores it if this process should
     }
     std::error_code error;
     std::filesystem::remove_all(folder, error);

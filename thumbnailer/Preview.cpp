@@ -57,6 +57,12 @@ std::pair<int, int> samples_between(double begin, double end, int side)
             static_cast<int>(std::floor(std::clamp<double>(end, 0, side) - 0.5))};
 }
 
+/// The extents of a drawing in eye coordinates (x to the right, y upwards, z away), in drawing units.
+struct SeenExtents {
+    DRVect3d center;
+    double reach; // half the width or half the height, whichever is larger; 0 for a single point
+};
+
 /// Draws entities as samples with depth, for a picture of `size` pixels. Coordinates are in samples: x from the left, y
 /// from the top, z away from the eye. The first sample's centre is (0.5, 0.5). The nearest surface is seen; at equal
 /// depth, the one drawn first.
@@ -176,9 +182,7 @@ private:
     double my_point_side;
 };
 
-} // namespace
-
-std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
+SeenExtents seen_extents(const std::list<DraftEntity*>& entities)
 {
     const double infinity = std::numeric_limits<double>::infinity();
     DRVect3d min(infinity, infinity, infinity);
@@ -195,13 +199,16 @@ std::optional<SeenExtents> seen_extents(const std::list<DraftEntity*>& entities)
     for (DRVect3d* corner : {&min, &max})
         *corner = DRVect3d(corner->x() / 2, corner->y() / 2, corner->z() / 2);
     const DRVect3d reach = max - min;
-    if (!is_finite(reach))
-        return std::nullopt;
-    return SeenExtents{min + max, std::max(reach.x(), reach.y())};
+    return {min + max, std::max(reach.x(), reach.y())};
 }
 
-QImage draw_preview(const std::list<DraftEntity*>& entities, const SeenExtents& extents, int size)
+} // namespace
+
+QImage draw_preview(const std::list<DraftEntity*>& entities, int size)
 {
+    const SeenExtents extents = seen_extents(entities);
+    if (!is_finite(extents.center) || !std::isfinite(extents.reach))
+        return {};
     Painter painter(extents, size, entities.size());
     for (const DraftEntity* entity : entities)
         painter.draw(*entity);

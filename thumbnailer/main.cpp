@@ -38,8 +38,8 @@ namespace
 constexpr int largest_picture = 1024; // pixels a side, as in the thumbnail standard of freedesktop.org
 constexpr off_t largest_file = off_t{256} << 20;
 constexpr rlim_t most_memory = rlim_t{1280} << 20; // bytes of data, without code and mapped files
-constexpr int milliseconds_to_explode = 5500;
-constexpr int milliseconds_to_draw = 7500; // including exploding
+constexpr int milliseconds_to_explode = 5500;      // so that reading and drawing a file that takes longer still fit in
+constexpr int milliseconds_to_draw = 7500;         // with exploding; 8 seconds with starting and writing
 
 [[noreturn]] void fail(const std::string& problem)
 {
@@ -112,10 +112,7 @@ QByteArray picture_of(const char* file, int size)
         fail("the file cannot be read");
     if (drawing.list.empty())
         fail("the file holds no points, lines or faces");
-    const auto extents = seen_extents(drawing.list);
-    if (!extents)
-        fail("the drawing has no finite extents");
-    const QImage picture = draw_preview(drawing.list, *extents, size);
+    const QImage picture = draw_preview(drawing.list, size);
     if (picture.isNull())
         fail("nothing of the drawing can be seen");
 
@@ -143,9 +140,10 @@ void write_picture(const QByteArray& png, const char* file, const char* drawing)
     if (descriptor >= 0 && ::write(descriptor, png.constData(), static_cast<std::size_t>(size)) == size &&
         ::ftruncate(descriptor, size) == 0)
         return;
-    const int problem = errno;
-    const bool undone = descriptor < 0 || (exists ? ::ftruncate(descriptor, 0) : ::unlink(file)) == 0;
-    fail(failure + std::strerror(problem) + (undone ? "" : ", and an incomplete file is left"));
+    const std::string reason = std::strerror(errno);
+    if (descriptor >= 0)
+        (void)!(exists ? ::ftruncate(descriptor, 0) : ::unlink(file));
+    fail(failure + reason);
 }
 
 } // namespace
