@@ -4,22 +4,23 @@
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
 
+#include <algorithm>
 #include <array>
+#include <locale.h>
 #include <sstream>
+#include <stdlib.h>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace plain
 {
 
-/// How many points the type has, and all twelve coordinates, x, y, z by point.
 struct Entity {
     unsigned int points = 0;
     std::string handle;
     std::string layer;
-    std::array<double, 12> coordinates{};
-    std::array<bool, 12> seen{};
+    std::array<double, 12> coordinates{}; // x, y, z by point, more than the type may have
+    unsigned int seen = 0;                // a bit for each coordinate
 };
 
 inline bool has(const std::string& line, const std::string& word)
@@ -27,20 +28,15 @@ inline bool has(const std::string& line, const std::string& word)
     return line.find(word) != std::string::npos;
 }
 
-/// In the process's locale, which has to be C.
 inline double number(const std::string& line)
 {
-    return std::strtod(line.c_str(), nullptr);
-}
-
-inline std::string text(const std::string& line)
-{
-    return line.substr(0, line.size() - (line.size() > 1 && line[line.size() - 2] == '\r' ? 2 : 1));
+    static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
+    return strtod_l(line.c_str(), nullptr, c_locale);
 }
 
 inline bool denotes(const std::string& line, const std::string& code)
 {
-    if (line.find_first_not_of("012358 \r\n\t") != std::string::npos)
+    if (line.find_first_not_of("012358 \r\t") != std::string::npos)
         return false;
     return has(line, " " + code) || has(line, "\t" + code) || (has(line, code) && number(line) == number(code));
 }
@@ -48,41 +44,37 @@ inline bool denotes(const std::string& line, const std::string& code)
 /// Gives an entity a line, with the line before it. False where that ends the entity.
 inline bool fill(Entity& entity, const std::string& previous, const std::string& line)
 {
+    const std::string text = line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
     if (denotes(previous, "5"))
-        entity.handle = text(line);
+        entity.handle = text;
     if (denotes(previous, "8"))
-        entity.layer = text(line);
-    bool complete = true;
-    for (unsigned int i = 0; i < 12; ++i) {
-        const bool is_of_type = i < 3 * entity.points;
+        entity.layer = text;
+    for (unsigned int i = 0; i < 12; ++i)
         if (denotes(previous, std::to_string(10 * (i % 3 + 1) + i / 3))) {
-            if (is_of_type)
-                entity.coordinates[i] = number(line);
-            entity.seen[i] = true;
+            entity.coordinates[i] = number(line);
+            entity.seen |= 1U << i;
         }
-        complete = complete && entity.seen[i] == is_of_type;
-    }
-    return !complete && (!denotes(line, "0") || denotes(previous, "8") || denotes(previous, "5"));
+    const bool is_complete = entity.seen == (1U << 3 * entity.points) - 1;
+    return !is_complete && (!denotes(line, "0") || denotes(previous, "8") || denotes(previous, "5"));
 }
 
-inline std::vector<Entity> read(std::string_view bytes)
+inline std::vector<Entity> read(const std::string& bytes)
 {
     std::vector<Entity> entities;
+    std::istringstream file(bytes);
     std::string previous;
-    std::string line;
     bool in_section = false;
     bool is_open = false;
-    for (auto end = bytes.find('\n'); end != bytes.npos; end = bytes.find('\n'), previous = line) {
-        line = bytes.substr(0, end + 1);
-        bytes.remove_prefix(end + 1);
+    for (std::string line; std::getline(file, line) && !file.eof(); previous = line) {
         if (!in_section) {
             in_section = has(line, "ENTITIES") && denotes(previous, "2");
             continue;
         }
-        if (has(line, "ENDSEC") && denotes(previous, "0"))
+        const bool follows_0 = denotes(previous, "0");
+        if (has(line, "ENDSEC") && follows_0)
             break;
-        const bool may_start = !is_open && denotes(previous, "0");
-        for (const auto& [keyword, points] : {std::pair("POINT", 1U), std::pair("LINE", 2U), std::pair("3DFACE", 4U)})
+        const bool may_start = !is_open && follows_0;
+        for (const auto& [keyword, points] : {std::pair("POINT", 1U), {"LINE", 2U}, {"3DFACE", 4U}})
             if (may_start && has(line, keyword)) {
                 entities.emplace_back().points = points;
                 is_open = true;
@@ -92,34 +84,36 @@ inline std::vector<Entity> read(std::string_view bytes)
     return entities;
 }
 
-/// The first entity that was read otherwise than by the rules, such as "entity 3 from 0: y of point 1 is 2,
-/// wanted 2.5"; empty where all is right. The process's locale has to be C.
-inline std::string fault(const OwnedEntities& entities, std::string_view bytes)
+inline std::string text_of(const Entity& entity)
 {
     std::ostringstream text;
     text.precision(17);
-    std::size_t number = 0;
-    const auto check = [&](const auto& got, const auto& wanted, const std::string& what) {
-        const bool are_alike = got == wanted || (got != got && wanted != wanted); // a NaN is like any other
-        if (!are_alike && text.tellp() <= 0)
-            text << "entity " << number << " from 0: " << what << " is " << got << ", wanted " << wanted;
-    };
-    const std::vector<Entity> wanted = read(bytes);
-    for (const DraftEntity* entity : entities.list) {
-        const Entity its = number < wanted.size() ? wanted[number] : Entity();
-        check(entity->points(), its.points, "number of points");
-        check(1U << entity->get_type(), its.points, "number of points by its type");
-        check(entity->get_str_id(), its.handle, "handle");
-        check(entity->get_layer_str_id(), its.layer, "layer");
-        for (unsigned int i = 0; i < 3 * its.points; ++i) {
-            double got = 0;
-            entity->get_coordinate(got, static_cast<DraftEntity::Coordinate>(i % 3), i / 3);
-            check(got, its.coordinates[i], "xyz"[i % 3] + (" of point " + std::to_string(i / 3 + 1)));
-        }
-        ++number;
-    }
-    check(number, wanted.size(), "number of entities");
+    text << entity.points << " points, handle " << entity.handle << ", layer " << entity.layer << ", at";
+    for (unsigned int i = 0; i < 3 * entity.points; ++i)
+        text << ' ' << entity.coordinates[i];
     return text.str();
+}
+
+/// What the first entity is that differs from the rules, counted from 0, and what was wanted; empty where all is right.
+inline std::string fault(const std::string& path, const std::string& bytes)
+{
+    OwnedEntities entities;
+    const DXFL_Processing reader(path, entities.list);
+    std::vector<Entity> got;
+    for (const DraftEntity* entity : entities.list) {
+        got.push_back({entity->points(), entity->get_str_id(), entity->get_layer_str_id()});
+        double* at = got.back().coordinates.data();
+        for (unsigned int i = 0; i < entity->points(); ++i, at += 3)
+            entity->get_coordinates(at[0], at[1], at[2], i);
+    }
+    std::vector<Entity> wanted = read(bytes);
+    const auto size = std::max(got.size(), wanted.size());
+    got.resize(size);
+    wanted.resize(size);
+    for (std::size_t i = 0; i < size; ++i)
+        if (text_of(got[i]) != text_of(wanted[i]))
+            return "entity " + std::to_string(i) + " is " + text_of(got[i]) + ", wanted " + text_of(wanted[i]);
+    return {};
 }
 
 } // namespace plain
