@@ -92,29 +92,17 @@ template <typename... T> void note(const QString& name, const T&... values)
     text += (text.isEmpty() ? "" : ", then ") + text_of(values...);
 }
 
-/// The first value that is not as wanted; empty where all is. In a wanted value "…" stands for anything.
-inline QString difference(const State& wanted, const State& got)
-{
-    for (const QString& name : wanted.keys() + got.keys()) {
-        const QString form = QRegularExpression::escape(wanted[name]).replace("\\…", ".*");
-        if (!QRegularExpression(QRegularExpression::anchoredPattern(form)).match(got[name]).hasMatch())
-            return name + " is \"" + got[name] + "\", wanted \"" + wanted[name] + "\"";
-    }
-    return {};
-}
-
 /// Plays the scene of the current test function up to the first step that fails. `act` does what a step says, `look`
-/// tells what lasts. Both, what has happened and what lasts, have to be as the step says within five seconds.
+/// tells what lasts. This and the events have to be as the step says within five seconds; "…" stands for anything.
 inline void play(
     const std::function<void(const QString&)>& act, const std::function<State()>& look = [] { return State(); })
 {
     State lasting;
-    for (auto i = scenes().indexOf(QString("[%1]").arg(QTest::currentTestFunction())) + 1; !scenes()[i].isEmpty();
-         ++i) {
+    for (auto i = scenes().indexOf(QString("[%1]").arg(QTest::currentTestFunction())) + 1; !scenes()[i].isEmpty();) {
         const auto line = static_cast<int>(i) + 1;
         QString step = scenes()[i];
-        while (scenes().value(i + 1).startsWith("  "))
-            step += scenes()[++i].trimmed().prepend(' ');
+        while (scenes()[++i].startsWith("  "))
+            step += scenes()[i].trimmed().prepend(' ');
         const QString doing = step.section("=>", 0, 0).trimmed();
         State wanted = lasting;
         for (const QString& change : step.section("=>", 1).trimmed().split("; ", Qt::SkipEmptyParts))
@@ -123,28 +111,21 @@ inline void play(
         act(doing);
         QString problem;
         const auto is_as_wanted = [&] {
+            problem.clear();
             State got = lasting = look();
             got.insert(events());
-            return (problem = difference(wanted, got)).isEmpty();
+            for (const QString& name : wanted.keys() + got.keys()) {
+                const QString form = QRegularExpression::escape(wanted[name]).replace("\\…", ".*");
+                if (!got[name].contains(QRegularExpression(QRegularExpression::anchoredPattern(form))))
+                    problem = QString("%1 is \"%2\", wanted \"%3\"").arg(name, got[name], wanted[name]);
+            }
+            return problem.isEmpty();
         };
         if (!QTest::currentTestFailed() && !QTest::qWaitFor(is_as_wanted))
             QTest::qFail(qPrintable("\"" + doing + "\": " + problem), SCENES, line);
         if (QTest::currentTestFailed())
             return;
     }
-}
-
-/// Chooses a command from the menus by its text, without ampersands and dots.
-inline void choose(const QMainWindow& window, const QString& text)
-{
-    for (const QAction* top : window.menuBar()->actions())
-        if (QMenu* menu = top->menu()) {
-            emit menu->aboutToShow();
-            for (QAction* action : menu->actions())
-                if (action->text().remove('&').remove("...") == text)
-                    return action->trigger();
-        }
-    QTest::qFail(qPrintable("There is no command " + text), __FILE__, __LINE__);
 }
 
 /// The color that the screen shows at a position of a widget.
@@ -161,27 +142,21 @@ inline QString cursor()
     return cursor == nullptr ? "-" : QMetaEnum::fromType<Qt::CursorShape>().valueToKey(cursor->shape());
 }
 
-/// Answers every modal window that comes up while it lives: notes a message box and presses its only button, Ok; hands
-/// any other window to `on_dialog`.
+/// Answers every modal window that comes up while it lives: accepts a message box and notes what the user reads there;
+/// hands any other window to `on_dialog`.
 class User : public QTimer
 {
 public:
-    explicit User(const std::function<void(QWidget*)>& on_dialog = {})
+    explicit User(const std::function<void(QDialog*)>& on_dialog = {})
     {
         callOnTimeout([on_dialog] {
-            QWidget* window = QApplication::activeModalWidget();
-            if (auto* box = qobject_cast<QMessageBox*>(window)) {
-                note("box", text_of(box->icon()).mid(13), "of",
-                     box->parent() ? box->parent()->metaObject()->className() : "-", "under", cursor(),
-                     "\"" + box->windowTitle() + "\"",
-                     box->text()
-                         .replace("</td><td>&nbsp;:&nbsp;</td><td>", " = ")
-                         .replace("&#8220;", "“")
-                         .replace("&#8221;", "”"));
-                if (box->standardButtons() == QMessageBox::Ok)
-                    box->button(QMessageBox::Ok)->click();
-            } else if (window != nullptr && on_dialog) {
-                on_dialog(window);
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
+                note("box", text_of(box->icon()).mid(13), "under", cursor(), "\"" + box->windowTitle() + "\"",
+                     QTextDocumentFragment::fromHtml(box->text()).toPlainText().simplified());
+                box->accept();
+            } else if (dialog != nullptr && on_dialog) {
+                on_dialog(dialog);
             }
         });
         start(10);

@@ -1,61 +1,45 @@
-// The program from its first argument to its exit code. main() is the program's own, under another name; where the
-// process itself matters, program.sh runs the program.
+// The program from its first argument to the waiting main window. program.sh tests how the process ends.
 
 #include "helper.h"
-
-#include "GUI/MyMainWindow.h"
 
 int tolmera_main(int argc, char** argv);
 
 namespace
 {
 
-QString leaving; // when or how the user ends the program
-
-/// Notes what comes up before the user, in order.
-class Watch : public QObject
+/// Notes what comes up before the user, in order, and closes the main window.
+class Watch : public User
 {
 public:
-    Watch() : QObject(qApp)
+    Watch()
     {
+        setParent(qApp);
         qApp->installEventFilter(this);
-        startTimer(20);
     }
 
     bool eventFilter(QObject* object, QEvent* event) override
     {
-        if (object->inherits("MyMainWindow") && event->type() == QEvent::Show)
-            my_main = static_cast<MyMainWindow*>(object);
         auto* splash = qobject_cast<QSplashScreen*>(object);
-        if (splash != nullptr && event->type() == QEvent::Show)
+        if (event->type() == QEvent::Show && splash != nullptr) {
+            note("splash", splash->pixmap().size());
             connect(splash, &QSplashScreen::messageChanged,
                     [](const QString& text) { note("course", text, cursor()); });
-        if (splash != nullptr && event->type() == QEvent::Close) {
+        } else if (event->type() == QEvent::Show && object->inherits("QMainWindow")) {
+            my_main = static_cast<QMainWindow*>(object);
+        } else if (event->type() == QEvent::Close && splash != nullptr) {
             note("course", "gone", my_main != nullptr ? cursor() : "early");
-            if (leaving == "early")
+            QTimer::singleShot(0, this, [this] {
+                for (const QMdiSubWindow* frame : my_main->findChildren<QMdiSubWindow*>())
+                    note("drawing", frame->windowTitle(), frame->isVisible());
+                note("course", "waiting", cursor());
                 my_main->close();
-            my_splash_is_gone = true;
+            });
         }
         return false;
     }
 
-protected:
-    void timerEvent(QTimerEvent* /*event*/) override
-    {
-        if (!my_splash_is_gone || !my_main->isVisible())
-            return;
-        for (const QMdiSubWindow* window : my_main->findChild<QMdiArea*>()->subWindowList())
-            note("drawing", window->windowTitle(), window->isVisible());
-        note("course", "waiting", cursor());
-        if (leaving == "exit")
-            QApplication::exit(3);
-        my_main->close();
-    }
-
 private:
-    User my_user;
-    bool my_splash_is_gone = false;
-    QPointer<MyMainWindow> my_main;
+    QMainWindow* my_main = nullptr;
 };
 
 void watch()
@@ -74,19 +58,17 @@ class TestStartup : public QObject
 private slots:
     void opens_the_first_argument()
     {
-        for (const char* name : {"house.plan.dxf", "Дом.dxf", "model.DXF", "folder.dxf/none"})
+        for (const char* name : {"Дом.plan.dxf", "model.DXF", "folder.dxf/none"})
             write_file(name, dxf({"POINT 1.0 2.0 3.0"}));
         write_file("empty.dxf", "");
         State run;
-        const auto act = [&](const QString& step) { // when the user leaves, and arguments
+        const auto act = [&](const QString& step) { // the command line
             QByteArrayList words = step.toUtf8().split(' ');
-            leaving = words[0];
             std::vector<char*> argv;
             for (QByteArray& word : words)
-                argv.push_back((word = QByteArray::fromPercentEncoding(word)).data());
-            argv.push_back(nullptr);
+                argv.push_back(word.data());
             qInstallMessageHandler(nullptr); // each run begins as a process does
-            note("exit", tolmera_main(static_cast<int>(words.size()), argv.data()));
+            tolmera_main(static_cast<int>(words.size()), argv.data());
             run = std::exchange(events(), {});
         };
         play(act, [&] { return run; });

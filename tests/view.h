@@ -12,7 +12,7 @@ public:
     View() : MyGlMDIChild(nullptr) {}
 
     /// Loads a drawing, and shows it without a frame.
-    View(const QString& file, const QRect& place) : MyGlMDIChild(nullptr)
+    View(const QString& file, const QRect& place) : View()
     {
         loadFile(file);
         setWindowFlag(Qt::FramelessWindowHint);
