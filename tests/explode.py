@@ -45,7 +45,7 @@ arc((0, 0), 1, 270, 45, extrusion=DOWN), ellipse((0, 9), (4, 0), 0.5, 2, 3), ope
 hatch(elevation=(0, 0, 3)).paths.add_polyline_path(ROUND) => 47 lines of 9.579, 0 -1 3 to 2.41 2 3
 (edges := hatch(extrusion=DOWN).paths.add_edge_path()), edges.add_arc((0, 0), 2, 180, 270), edges.add_ellipse((2, 6), (2, 0), 0.5, 90), edges.add_line((0, 0), (3, 4)), edges.add_spline(None, U[:4], [0] * 4 + [1] * 4) => 67 lines of 21.09, -4 -2 0 to 2 7 0
 body([(0, 0), (4, 0), (4, 2), (0, 4)], [(1, 1), (3, 1), (1, 3)]) => 23 faces of 66.6, 0 0 0 to 4 4 2
-block("A", "space.add_3dsolid()").grid((9999, 9999), (1, 1)), body(U, curved="straight"), body(U, curved="plane"), block("B", "blockref('B', (0, 0))"), blockref("NOWHERE", (0, 0)), lwpolyline([(1, 1)]) => left out: 99980003 3DSOLID, 2 INSERT, 1 LWPOLYLINE
+block("A", "space.add_3dsolid()").grid((9999, 9999), (1, 1)), body(U, curved="straight"), body(U, curved="plane"), block("B", "blockref('B', (0, 0))"), block("E", "()"), blockref("NOWHERE", (0, 0)), lwpolyline([(1, 1)]) => left out: 99980003 3DSOLID, 2 INSERT, 1 LWPOLYLINE
 block("A", "ell()").grid((9999, 9999), (2, 2)) => It is made of more than 5,000,000 parts.
 linear_dim((5, 3), (0, 0), (9, 0)).render() => 33 lines of 18.66, 2 faces of 0.02055, 0 0 0 to 9 3.52 0
 block("A", "ell()", xscale=-2, yscale=3), block("A", "", (5, 0, 1), extrusion=DOWN) => 4 lines of 13, -7 0 -1 to 2 3 0
@@ -56,14 +56,14 @@ text("H", "MIDDLE"), text("H", "MIDDLE_CENTER", (50, 0)) => 24 lines of 105.9, -
 text("HH", "ALIGNED"), text("HH", "FIT", (0, 50)) => 48 lines of 375.5, 2.61 0 0 to 45.2 52.98 0
 mtext("{\\H2x;\\W2;\\Q45;H H}", char_height=10, attachment_point=9, rotation=90, width=60) => 24 lines of 335.3, -53.34 -35.87 0 to 0 14.61 0
 mtext("{\\fDejaVu Serif;H}{\\fNone|b1;H}\\L\\SH/H;") => 65 lines of 61.2, 0.19 -6 0 to 8.44 0 0
-ell(layer="OFF"), block("A", "ell(layer='a')", layer="Frozen"), block("B", "block('C', 'ell()')", layer="off") => in.dxf holds nothing to show. Hidden entities (see --all): 3.
+ell(layer="OFF"), block("A", "ell(layer='a')", layer="Frozen"), block("B", "block('C', 'ell()')", layer="off"), block("D", "ell(layer='frozen')").grid((9999, 9999), (1, 1)) => in.dxf holds nothing to show. Hidden entities: 99980004.
 block("A", "ell(layer='a')", layer="off"), block("B", "block('C', 'ell()')", layer="b").add_attrib("N", "H", (0, 0), {"flags": 1}) => 4 lines of 8, -2 0 0 to 2 1 0, a, b
 block("A", "attdef('N', (0, 0), 'HHH'), attdef('N', (9, 9), 'H', flags=2, layer='b')", layer="a").add_attrib("N", "H", (0, 0), {"layer": "0"}) => 24 lines of 26.48, 0.34 0 0 to 10.24 11.5 0, a, b
 ell(layer="frozen"), ell(invisible=1, layer="Wände 5%8") => 4 lines of 8, 0 0 0 to 3 1 0, Wände 5%8, frozen => --all
 space.doc.layout("Layout1").add_point((0, 0)) => in.dxf holds nothing to show. Entities in paper space: 1.
 text('H', 'LEFT'), circle((450000, 5600000), 0.5) => 160 lines of 3.141, 450000 5.6e+06 0 to 450000 5.6e+06 0 => --no-text --tolerance 0.0001
-line((0, 0), (0, -1)) => 1 lines of 1, 0 -1 0 to 0 0 0 => --auto-fit
-line((0, 0, 1), (0, 0, -9)) => 1 lines of 200, 0 0 -100 to 0 0 100 => --auto-fit
+line((0, 0, -1), (0, 0, 0.5)) => 1 lines of 1.5, 0 0 -1 to 0 0 0.5 => --auto-fit
+line((0, 0, 5.2), (0, 0, 10.2)) => 1 lines of 200, 0 0 -100 to 0 0 100 => --auto-fit
 """
 
 # What is replaced in a drawing of four lines => how many of them are left, and what is said.
@@ -83,6 +83,7 @@ folder/out.dxf => is not a writable folder
 # Commands => what they write.
 COMMANDS = r"""
 $EXPLODE --version => tolmera-explode (Tolmera) $VERSION
+$EXPLODE --tolerance 0 in.dxf - 2>&1 => LENGTH must be positive
 echo [broken >ezdxf.ini; $EXPLODE --fit in.dxf - 2>&1 >/dev/null => tolmera-explode: fitted: moved by (
 $EXPLODE --progress in.dxf out.dxf 2>&-; grep -c progress out.dxf => 0
 $EXPLODE --fit in.dxf - 2>/dev/full | grep -c AcDbLine$ => 14
