@@ -71,6 +71,7 @@ private slots:
         QCOMPARE(status_and_count("empty"), "0 0");
         QCOMPARE(status_and_count("point"), "0 1");
         QCOMPARE(status_and_count("fifo"), "0 0");
+        QCOMPARE(status_and_count("/dev/null"), "0 0");
         QCOMPARE(status_and_count("held"), "2 0");
         QCOMPARE(status_and_count("/dev/zero"), "2 0");
     }
