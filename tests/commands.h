@@ -1,4 +1,4 @@
-// Programs as their users run them: steps that are commands of the shell.
+// Programs run as users run them: each step is a shell command.
 #pragma once
 
 #include "helper.h"

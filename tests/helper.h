@@ -20,7 +20,7 @@ inline QTemporaryDir& folder()
     return the_folder;
 }
 
-/// Before main(): the pictures, and settings of the test's own.
+/// Before main(): loads the pictures; settings go to the temporary folder.
 static void prepare()
 {
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder().path()));
@@ -51,7 +51,7 @@ inline QByteArray dxf(const QStringList& entities)
     return text + "  0\nENDSEC\n  0\nEOF\n";
 }
 
-/// The lines of the program's scenes, with FOLDER for the temporary folder.
+/// The lines of this test's scenes, with FOLDER for the temporary folder.
 inline const QStringList& scenes()
 {
     static const QStringList lines = [] {
@@ -93,7 +93,7 @@ template <typename... T> void note(const QString& name, const T&... values)
 }
 
 /// Plays the scene of the current test function up to the first step that fails. `act` does what a step says, `look`
-/// tells what lasts. This and the events have to be as the step says within five seconds; "…" stands for anything.
+/// returns what lasts. This and the events must be as the step says within five seconds; "…" matches anything.
 inline void play(
     const std::function<void(const QString&)>& act, const std::function<State()>& look = [] { return State(); })
 {
@@ -143,7 +143,7 @@ inline QString cursor()
 }
 
 /// Answers every modal window that comes up while it lives: accepts a message box and notes what the user reads there;
-/// hands any other window to `on_dialog`.
+/// hands any other dialog to `on_dialog`.
 class User : public QTimer
 {
 public:

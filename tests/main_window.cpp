@@ -42,7 +42,7 @@ public:
     QMdiArea* const area = findChild<QMdiArea*>();
 };
 
-/// Commands by their pictures, or else by their texts, with their keys; * for a checked one.
+/// Commands by their pictures, or else by their texts, with their keys; * if checked.
 QString items(const QList<QAction*>& actions)
 {
     QStringList names;
@@ -58,7 +58,7 @@ QString items(const QList<QAction*>& actions)
     return names.join(' ');
 }
 
-/// What the screen shows of a drawing whose entities tell its sides and its renderings.
+/// Names the [places] that are bright on the screen.
 QString picture_of(const QWidget& view)
 {
     QStringList names;
@@ -151,12 +151,15 @@ private slots:
         };
         play(act, [&]() -> State {
             const MyGlMDIChild* drawing = window.active();
+            if (drawing == nullptr)
+                return {};
             return {{"cursor", cursor()},
                     {"frames", text_of(window.area->subWindowList().size())},
                     {"status", bar->currentMessage()},
                     {"title", text_of(drawing->windowTitle())},
-                    {"size", text_of(drawing->size())},
-                    {"scale", text_of(drawing->drawing_scaling(), drawing->drawing_limit())}};
+                    {"view", text_of(drawing->size())},
+                    {"scale", text_of(drawing->drawing_scaling())},
+                    {"limit", text_of(drawing->drawing_limit())}};
         });
     }
 
@@ -178,7 +181,7 @@ private slots:
         });
     }
 
-    /// Opens and closes DRAWINGS drawings, or 20.
+    /// Opens and closes $DRAWINGS drawings, at least 20.
     void does_not_grow()
     {
         Main window;

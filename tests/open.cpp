@@ -1,4 +1,4 @@
-// tolmera-open: which drawings it has converted, what it tells, and that nothing of it stays.
+// tolmera-open: which drawings it converts, what it says, and that it leaves nothing behind.
 
 #include "commands.h"
 
@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Notes what the windows tell, cancels the first progress and closes the messages.
+/// Notes what the windows say, cancels the first progress and closes the messages.
 void watch()
 {
     auto* const timer = new QTimer(qApp);
@@ -45,7 +45,7 @@ private slots:
 
     void takes_any_name() { play_commands(); }
 
-    void tells_what_happens()
+    void says_what_happens()
     {
         play_commands([](const QString& step) {
             State seen = run(step);

@@ -1,4 +1,4 @@
-// The reader's rules in their plainest form, and where a reader's result differs from them.
+// The reader's rules in their plainest form, and where the reader departs from them.
 #pragma once
 
 #include "Drawing/DXFL_Processing.h"
@@ -19,7 +19,7 @@ struct Entity {
     unsigned int points = 0;
     std::string handle;
     std::string layer;
-    std::array<double, 12> coordinates{}; // x, y, z by point, more than the type may have
+    std::array<double, 12> coordinates{}; // x, y, z by point; a type may use fewer
     unsigned int seen = 0;                // a bit for each coordinate
 };
 
@@ -41,7 +41,7 @@ inline bool denotes(const std::string& line, const std::string& code)
     return has(line, " " + code) || has(line, "\t" + code) || (has(line, code) && number(line) == number(code));
 }
 
-/// Gives an entity a line, with the line before it. False where that ends the entity.
+/// Feeds a line to an entity. Returns false if it ends the entity.
 inline bool fill(Entity& entity, const std::string& previous, const std::string& line)
 {
     const std::string text = line.substr(0, line.size() - (!line.empty() && line.back() == '\r' ? 1 : 0));
@@ -94,7 +94,7 @@ inline std::string text_of(const Entity& entity)
     return text.str();
 }
 
-/// What the first entity is that differs from the rules, counted from 0, and what was wanted; empty where all is right.
+/// Describes the first entity, counted from 0, that breaks the rules; empty if none does.
 inline std::string fault(const std::string& path, const std::string& bytes)
 {
     OwnedEntities entities;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# How the program ends as a process, and what it shows on Wayland, without X. Takes the program.
+# How the program ends as a process, and what it shows on Wayland, without X. Takes its path.
 set -euo pipefail
 program=$1
 work=$(mktemp -d)
@@ -36,7 +36,7 @@ grep -q __asan_init "$program" || # the sanitizer needs more memory than any lim
 weston --backend=x11-backend.so --shell=kiosk-shell.so --no-config --socket=wayland --width=500 --height=450 &>log &
 until [[ -S wayland ]]; do sleep 0.1; done
 env -u DISPLAY WAYLAND_DISPLAY=wayland QT_QPA_PLATFORM=wayland "$program" good.dxf &
-for _ in $(seq 100); do
+for _ in $(seq 300); do
     colors=$(import -window root -depth 8 rgb:- | od -An -v -tx1 -w3 | sort -u)
     [[ $colors != *"80 80 80"*"f5 f5 f5"* ]] || exit 0
     sleep 0.2

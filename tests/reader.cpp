@@ -1,4 +1,4 @@
-// What the reader finds in random files, by the plain rules; and what cannot be read.
+// The reader against the plain rules on random files; files that cannot be read.
 
 #include "helper.h"
 #include "plain_reader.h"
@@ -29,7 +29,7 @@ QByteArray random_file(QRandomGenerator random)
     QByteArray file = lines.join('\n');
     for (int changes = below(4); changes > 0; --changes)
         file[below(file.size())] = "0158 \n\rA\0"[below(9)];
-    if (below(50) == 0) // longer than what is read at once
+    if (below(50) == 0) // a line longer than a block
         file.insert(below(file.size()), QByteArray(200000, ' '));
     return file;
 }
@@ -43,18 +43,18 @@ class TestReader : public QObject
 private slots:
     void agrees_with_the_plain_rules()
     {
-        QCOMPARE(*std::localeconv()->decimal_point, ','); // which may not matter
+        QCOMPARE(*std::localeconv()->decimal_point, ','); // which must not matter
         for (quint32 seed = 0; seed < 2500; ++seed) {
             const QByteArray bytes = random_file(QRandomGenerator(seed));
             const QString path = write_file("random.dxf", bytes);
             const std::string fault = plain::fault(path.toStdString(), bytes.toStdString());
-            if (!fault.empty())
+            if (!fault.empty() && (!QFile::exists("fault.dxf") || QFile::remove("fault.dxf")))
                 QFile::copy(path, "fault.dxf");
             QVERIFY2(fault.empty(), qPrintable(QString("seed %1, kept as fault.dxf: ").arg(seed) + fault.c_str()));
         }
     }
 
-    void tells_whether_a_file_was_read()
+    void reports_whether_a_file_was_read()
     {
         QVERIFY(QDir::setCurrent(folder().path()) && mkfifo("fifo", 0600) == 0 && mkfifo("held", 0600) == 0);
         QFile writer("held");

@@ -7,7 +7,7 @@ int tolmera_main(int argc, char** argv);
 namespace
 {
 
-/// Notes what comes up before the user, in order, and closes the main window.
+/// Notes what the user sees, in order, and closes the main window.
 class Watch : public User
 {
 public:
@@ -30,7 +30,7 @@ public:
             note("course", "gone", my_main != nullptr ? cursor() : "early");
             QTimer::singleShot(0, this, [this] {
                 for (const QMdiSubWindow* frame : my_main->findChildren<QMdiSubWindow*>())
-                    note("drawing", frame->windowTitle(), frame->isVisible());
+                    note("drawing", frame->windowTitle(), frame->isVisible() ? "visible" : "hidden");
                 note("course", "waiting", cursor());
                 my_main->close();
             });
@@ -67,7 +67,7 @@ private slots:
             std::vector<char*> argv;
             for (QByteArray& word : words)
                 argv.push_back(word.data());
-            qInstallMessageHandler(nullptr); // each run begins as a process does
+            qInstallMessageHandler(nullptr); // as in a new process
             tolmera_main(static_cast<int>(words.size()), argv.data());
             run = std::exchange(events(), {});
         };

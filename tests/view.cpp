@@ -1,4 +1,4 @@
-// A view: what the screen shows, and the mouse on it. Runs at twice the scale after an infinite drawing, too.
+// A view: what the screen shows, and the mouse on it. Also run at twice the scale, lit for an infinite drawing.
 
 #include "view.h"
 #include "helper.h"
@@ -47,7 +47,7 @@ private slots:
         for (int i = 100; i < 250; ++i) // more than a pick takes, each nearer than the one before
             entities += QString("POINT 0.5025 -0.5025 -0.%1").arg(i);
         View view = view_of(entities);
-        View other = view_of({"POINT 4.0"}, 330); // its context is current whenever the view is told something
+        View other = view_of({"POINT 4.0"}, 330); // its context is current at each event
         view.get_drawing_object(1)->set_mark(5);
         view.get_drawing_object(2)->rendering(GLObject::SOLID);
         QPoint pos;
@@ -61,27 +61,29 @@ private slots:
             color.isEmpty() ? dialog->reject() : dialog->accept();
         });
         QApplication::setOverrideCursor(Qt::WaitCursor);
-        const auto act = [&](const QString& step) { // press, release or doubleclick BUTTON X Y; another VERB to X Y
+        const auto act = [&](const QString& step) { // press, release, doubleclick BUTTON X Y; another VERB to X Y
             const QStringList words = step.split(' ');
-            pos = {words[2].toInt(), words[3].toInt()};
+            const QPoint numbers(words[2].toInt(), words[3].toInt());
             color = words.value(5);
-            const auto verb = QStringList{"press", "release", "doubleclick", "move"}.indexOf(words[0]);
+            const auto verb = QStringList{"press", "release", "doubleclick", "move"}.indexOf(words[0]); // as in Qt
+            pos = verb < 0 ? pos : numbers;
             const auto button =
                 static_cast<Qt::MouseButton>(QStringList{"to", "Left", "Right", "-", "Middle"}.indexOf(words[1]));
             held = verb == 0 ? held | button : held & ~button;
             QMouseEvent mouse(static_cast<QEvent::Type>(QEvent::MouseButtonPress + verb), pos, pos, button,
                               verb == 2 ? button : held, {});
-            QWheelEvent wheel({}, {}, {}, pos, {}, {}, Qt::NoScrollPhase, false);
+            QWheelEvent wheel({}, {}, {}, numbers, {}, {}, Qt::NoScrollPhase, false);
             wheel.ignore(); // as wheel events arrive
             QEvent& event = words[0] == "wheel" ? static_cast<QEvent&>(wheel) : mouse;
             other.makeCurrent();
             paints = view.paints;
             if (words[0] == "resize")
-                view.resize(pos.x(), pos.y());
+                view.resize(numbers.x(), numbers.y());
             else
                 QCoreApplication::sendEvent(&view, &event);
             if (!event.isAccepted())
                 note("ignored");
+            QTest::qWait(20); // for a paint that nobody wants
         };
         play(act, [&]() -> State {
             QStringList marks;

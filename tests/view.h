@@ -1,4 +1,4 @@
-// A drawing window on the screen, with what Qt calls in the open, for the tests and the benchmark.
+// A drawing window on the screen, with Qt's callbacks made public, for the tests and the benchmark.
 #pragma once
 
 #include <QTest>
