@@ -128,6 +128,7 @@ private slots:
     {
         write_file("<IMG src=f>/a.dxf", dxf({"POINT inf nan 1e308", "POINT 1.0 2.0 3.0"}));
         write_file("sub/Häuser Дом 家.dxf", dxf(section("mixed")));
+        write_file("tiny.dxf", dxf({"POINT 0.25 0.0 0.0"}));
         write_file("<p\nstyle.dxf", dxf({"TEXT 1.0"}));
         QVERIFY(QFile::link("sub", folder().filePath("link")));
         Main window;

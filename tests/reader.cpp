@@ -44,6 +44,8 @@ private slots:
     void agrees_with_the_plain_rules()
     {
         QCOMPARE(*std::localeconv()->decimal_point, ','); // which must not matter
+        const auto open_files = [] { return QDir("/proc/self/fd").entryList(QDir::System).size(); };
+        const auto before = open_files();
         for (quint32 seed = 0; seed < 2500; ++seed) {
             const QByteArray bytes = random_file(QRandomGenerator(seed));
             const QString path = write_file("random.dxf", bytes);
@@ -52,6 +54,7 @@ private slots:
                 QFile::copy(path, "fault.dxf");
             QVERIFY2(fault.empty(), qPrintable(QString("seed %1, kept as fault.dxf: ").arg(seed) + fault.c_str()));
         }
+        QCOMPARE(open_files(), before);
     }
 
     void reports_whether_a_file_was_read()

@@ -82,7 +82,7 @@ private slots:
             else
                 QCoreApplication::sendEvent(&view, &event);
             if (!event.isAccepted())
-                note("ignored");
+                note("event", "ignored");
             QTest::qWait(20); // for a paint that nobody wants
         };
         play(act, [&]() -> State {
