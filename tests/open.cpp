@@ -17,7 +17,7 @@ void watch()
                 note("told", dialog->labelText(), dialog->value());
                 dialog->findChild<QPushButton*>()->click();
             } else if (auto* box = qobject_cast<QMessageBox*>(window); box != nullptr && box->isVisible()) {
-                note("told", box->text());
+                note("told", box->textFormat() == Qt::PlainText ? box->text() : "rich text");
                 box->close();
             }
         }

@@ -19,8 +19,8 @@ void write_drawing(const QString& name, const QStringList& entities)
 /// Draws entities; looks at the picture.
 State draw(const QString& entities)
 {
-    write_drawing("a.dxf", entities.split(", "));
-    State seen = run("$T -s 128 a.dxf old.png");
+    write_drawing("-a.dxf", entities.split(", "));
+    State seen = run("$T -s 128 -a.dxf old.png");
     const QImage picture(folder().filePath("old.png"));
     const auto shade = [&](int x, int y) { return qGray(picture.pixel(x, y)); };
     QRect drawn; // the shade of the background is 80
@@ -43,7 +43,7 @@ private slots:
     {
         qputenv("T", "timeout 60 " THUMBNAILER);
         write_drawing("box.dxf", {"BOX 0.0 1.0"});
-        write_drawing("slow.dxf", QStringList(1000, "BOX -1.0 1.0"));
+        write_drawing("slow.dxf", QStringList(2000, "BOX -1.0 1.0"));
         write_file("old.png", "old");
     }
 
@@ -53,7 +53,7 @@ private slots:
     {
         play_commands([](const QString& command) {
             State seen = run(command);
-            seen["files"] = run("stat -c %n=%s *")["says"];
+            seen["files"] = run("stat -c %n=%s -- *")["says"];
             return seen;
         });
     }
