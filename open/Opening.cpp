@@ -82,9 +82,9 @@ public:
     /// Shows the file itself, through a link if the viewer refuses its name. `reason`: why it was not converted.
     void show_as_it_is(const QString& reason = "")
     {
-        const bool is_converted = reason.contains("holds nothing to show.");
+        const bool is_empty = reason.contains("holds nothing to show.");
         if (!reason.isEmpty() && !reason.endsWith("holds nothing to show.")) // the viewer says that itself
-            my_messages += (is_converted ? "" : "It could not be converted, so much of it may be missing. ") + reason;
+            my_messages += (is_empty ? "" : "It could not be converted, so much of it may be missing. ") + reason;
         const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }

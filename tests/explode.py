@@ -52,7 +52,7 @@ body([(0, 0), (4, 0), (4, 2), (0, 4)], [(1, 1), (3, 1), (1, 3)]) => 29 faces of 
 block("A", "_3dsolid()").grid((9999, 9999), (1, 1)), body(U, curved="straight"), body(U, curved="plane"), block("B", "blockref('B', (0, 0))"), block("E", "()"), text(" ", "LEFT"), blockref("NOWHERE", (0, 0)), lwpolyline([(1, 1)]) => left out: 99980003 3DSOLID, 2 INSERT, 1 LWPOLYLINE
 block("A", "ell()").grid((9999, 9999), (2, 2)) => It is made of more than 5,000,000 parts.
 linear_dim((5, 3), (0, 0), (9, 0)).render() => 33 lines of 18.66, 2 faces of 0.02055, 0 0 0 to 9 3.52 0
-block("A", "ell()", xscale=-2, yscale=3), block("A", "", (5, 0, 1), extrusion=DOWN) => 4 lines of 13, -7 0 -1 to 2 3 0
+block("A", "ell()", xscale=-2, yscale=3), block("A", "", (5, 0, 1), extrusion=DOWN).grid((3, 1), (10, 0)) => 8 lines of 21, -7 0 -1 to 2 21 0
 block("A", "ell(elevation=3)", rotation=90, extrusion=SKEW).grid((2, 3), (10, -20)) => 12 lines of 24, 0.4 -4.11 -28.56 to 22.17 26.45 3.49
 block("A", "block('B', 'circle((2, 0, 1), 1)', (5, 0, 1), rotation=90)", rotation=-90, xscale=9, zscale=4) => 52 lines of 36.67, 0 -45 8 to 2 -27 8
 text("8%%d", "TOP_RIGHT", rotation=30, extrusion=DOWN) => 50 lines of 76.7, -0.06 -15.04 0 to 11.49 -1.29 0
