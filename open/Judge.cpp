@@ -13,49 +13,28 @@
 #include <array>
 #include <cctype>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
-#include <functional>
-#include <future>
-#include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); } // NOLINT(cert-err33-c): nothing was written
-};
-
-using File = std::unique_ptr<std::FILE, CloseFile>;
 
 std::string_view without_line_end(std::string_view line)
 {
     return line.substr(0, line.find_last_not_of("\r\n") + 1);
 }
 
-File open_at(const char* name, off_t at)
-{
-    File file(std::fopen(name, "re"));
-    if (file) {
-        (void)std::setvbuf(file.get(), nullptr, _IONBF, 0); // LineReader has its own buffer
-        ::fseeko(file.get(), at, SEEK_SET);
-    }
-    return file;
-}
-
-/// Reads the pairs of a file one by one, starting at a byte offset.
+/// Reads the pairs of a file one by one.
 class Pairs
 {
 public:
-    Pairs(const char* file, off_t begin) : at(begin), my_file(open_at(file, begin)), my_lines(my_file.get()) {}
-
-    bool is_open() const { return my_file != nullptr; }
+    explicit Pairs(File file) : my_lines(std::move(file)) {}
 
     /// Reads the next pair. Returns false at the end of the file, or if the line is not a group code.
     bool next()
@@ -72,11 +51,7 @@ public:
         if (end == digits || (*end != '\n' && *end != '\r'))
             return false;
         codes = my_group_codes.denoted_by(line);
-        at += static_cast<off_t>(line.text.size());
-        if (!my_lines.next(my_value))
-            return false;
-        at += static_cast<off_t>(my_value.text.size());
-        return true;
+        return my_lines.next(my_value);
     }
 
     std::string_view value() const { return without_line_end(my_value.text); }
@@ -85,12 +60,10 @@ public:
     /// The group codes that the viewer sees in the value.
     Codes value_codes() { return my_group_codes.denoted_by(my_value); }
 
-    off_t at; // the offset of the next pair
     int code = 0;
     Codes codes = 0; // those that the viewer sees in the code's line
 
 private:
-    File my_file;
     LineReader my_lines;
     Line my_value;
     GroupCodes my_group_codes = DXFL_Processing::group_codes();
@@ -170,79 +143,47 @@ private:
     bool my_is_open = true;   // until the viewer closes the entity
 };
 
-/// The result for a part of the ENTITIES section.
-struct Part {
-    bool is_correct = true;
-    bool has_end = false; // whether the section ends in it
-    // The largest -x, x, -y, y, -z and z.
-    std::array<double, 6> reach{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
-};
+/// The largest -x, x, -y, y, -z and z.
+using Reach = std::array<double, 6>;
 
-/// Reads the entities that begin before the offset `end`. Stops at the end of the section or when one is wrong.
-Part read_part(Pairs& pair, off_t end, const Layers& hidden)
+/// Reads the ENTITIES section. Returns how far its entities reach, or nothing if one looks wrong or the section has no
+/// end.
+std::optional<Reach> read_entities(Pairs& pair, const Layers& hidden)
 {
-    Part part;
+    Reach reach;
+    reach.fill(-HUGE_VAL);
     Entity entity({}); // of no kind, for the pairs before the first one
-    for (off_t begin = pair.at; part.is_correct && pair.next(); begin = pair.at) {
+    while (pair.next()) {
         const int axis = pair.code / 10 - 1;
         const int corner = pair.code % 10;
         if (pair.code == 0) {
             const Kind* const kind = kind_of(pair.value());
-            part.has_end = pair.value() == "ENDSEC";
-            part.is_correct = entity.is_correct() && (kind != nullptr || part.has_end || begin >= end);
-            if (kind == nullptr || begin >= end)
-                break;
+            if (!entity.is_correct() || (kind == nullptr && pair.value() != "ENDSEC"))
+                return std::nullopt;
+            if (kind == nullptr)
+                return reach;
             entity = Entity(*kind);
         } else if (axis >= 0 && axis < 3 && corner < 4) {
             entity.add(pair, Codes{1} << (3 * corner + axis));
-            double* const reach = &part.reach[std::size_t{2} * static_cast<std::size_t>(axis)];
+            double* const range = &reach[std::size_t{2} * static_cast<std::size_t>(axis)];
             const double value = pair.number();
-            reach[0] = std::max(reach[0], -value);
-            reach[1] = std::max(reach[1], value);
+            range[0] = std::max(range[0], -value);
+            range[1] = std::max(range[1], value);
         } else {
             entity.add(pair, 0);
-            if (pair.code == 60 || pair.code == 67 || pair.code == 39) // invisible, in paper space, thick
-                part.is_correct = pair.number() == 0;
-            else if (pair.code == 8 && !hidden.empty())
-                part.is_correct = hidden.count(folded(pair.value())) == 0;
+            const bool must_be_0 = pair.code == 60 || pair.code == 67 || pair.code == 39; // invisible, on paper, thick
+            if (must_be_0 && pair.number() != 0)
+                return std::nullopt;
+            if (pair.code == 8 && !hidden.empty() && hidden.count(folded(pair.value())) != 0)
+                return std::nullopt;
         }
     }
-    return part;
-}
-
-/// The offset of the first entity after `at`, or of the end of the file.
-off_t entity_after(const char* file_name, off_t at)
-{
-    const File file = open_at(file_name, at);
-    LineReader lines(file.get());
-    GroupCodes codes = DXFL_Processing::group_codes();
-    off_t zero = -1;
-    for (Line line; file && lines.next(line); at += static_cast<off_t>(line.text.size())) {
-        if (zero >= 0 && kind_of(without_line_end(line.text)) != nullptr)
-            return zero;
-        zero = (codes.denoted_by(line) & code_0) != 0 ? at : -1;
-    }
-    return at;
-}
-
-/// Reads the ENTITIES section in two threads, because this delays the opening of every drawing.
-Part read_entities(Pairs& pair, const char* file, off_t size, const Layers& hidden)
-{
-    const off_t middle = entity_after(file, pair.at + (size - pair.at) / 2);
-    Pairs second_half(file, middle);
-    auto second = std::async(std::launch::async, read_part, std::ref(second_half), size, std::cref(hidden));
-    Part part = read_part(pair, middle, hidden);
-    if (!part.is_correct || part.has_end)
-        return part;
-    Part whole = second.get();
-    for (std::size_t i = 0; i < part.reach.size(); ++i)
-        whole.reach[i] = std::max(whole.reach[i], part.reach[i]);
-    return whole;
+    return std::nullopt;
 }
 
 /// The viewer scales by 1 / limit about the origin. If the limit is below 1, the near and far planes cut the drawing;
 /// above 1e6 the depth buffer is too coarse.
-bool fills_the_view(const std::array<double, 6>& reach)
+bool fills_the_view(const Reach& reach)
 {
     const double limit = *std::max_element(reach.begin(), reach.end());
     const double extent = std::max({reach[0] + reach[1], reach[2] + reach[3], reach[4] + reach[5]});
@@ -251,14 +192,15 @@ bool fills_the_view(const std::array<double, 6>& reach)
 
 } // namespace
 
-Look look_of(const char* file)
+Look look_of(const char* file_name)
 {
     struct stat facts = {};
-    if (::stat(file, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size == 0)
+    if (::stat(file_name, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size == 0)
         return Look::Correct;
-    Pairs pair(file, 0);
-    if (!pair.is_open())
+    File file(std::fopen(file_name, "re"));
+    if (!file)
         return Look::Correct;
+    Pairs pair(std::move(file));
     Layers hidden;
     std::string entry; // the last value of group code 0
     std::string layer;
@@ -268,10 +210,10 @@ Look look_of(const char* file)
         if ((pair.codes & code_2) != 0 && pair.value().find("ENTITIES") != std::string_view::npos) {
             if (entry != "SECTION" || pair.value() != "ENTITIES") // the viewer reads it as the section's name
                 return Look::Wrong;
-            const Part part = read_entities(pair, file, facts.st_size, hidden);
-            if (!part.is_correct || !part.has_end)
+            const std::optional<Reach> reach = read_entities(pair, hidden);
+            if (!reach)
                 return Look::Wrong;
-            return fills_the_view(part.reach) ? Look::Correct : Look::Misplaced;
+            return fills_the_view(*reach) ? Look::Correct : Look::Misplaced;
         }
         if (entry == "LAYER" && pair.code == 2)
             layer = folded(pair.value());

@@ -3,8 +3,7 @@
 
 #include "helper.h"
 
-/// Runs a command of bash in the temporary folder, after those of the scenes' section [commands]. Returns what it
-/// writes to standard output, and its exit code.
+/// Runs bash commands in the temporary folder, after those of section [commands]. Returns output and exit code.
 inline State run(const QString& command)
 {
     QProcess bash;

@@ -86,7 +86,6 @@ link.dxf => is the input
 protected.dxf => is not a writable file
 pipe => is not a writable file
 folder/out.dxf => is not a writable folder
-nowhere/out.dxf => is not a writable folder
 """
 
 # Commands, run in order in one folder => what they write, among other things.
@@ -100,7 +99,6 @@ $EXPLODE in.dxf - >&- 2>&-; echo $? => 1
 echo Dear reader >odd.dxf; $EXPLODE odd.dxf - 2>&1 => is not a DXF file
 printf '0\nSECTION\n2\nENTITIES\n0\nA\033B\n8\n0\n0\nPOINT\n8\n0\n60\n1\n0\nENDSEC\n0\nEOF\n' >odd.dxf; $EXPLODE odd.dxf - 2>&1 => left out: 1 A?B tolmera-explode: odd.dxf holds nothing to show. Hidden entities: 1.
 $EXPLODE --all odd.dxf - 2>/dev/null | grep -c AcDbPoint => 1
-$EXPLODE none.dxf - 2>&1 => none.dxf
 umask 027; $EXPLODE in.dxf new.dxf; stat -c %a new.dxf; rm new.dxf => 640
 n=$(printf n%.0s {1..250}); $EXPLODE in.dxf $n; ls | grep -c nnn; rm $n => 1
 >out.dxf; chmod 640 out.dxf; ln -s out.dxf link.dxf; $EXPLODE in.dxf link.dxf; stat -c %a out.dxf link.dxf => 640 777

@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <limits>
-#include <memory>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,12 +32,6 @@ constexpr std::array<EntityStart, 3> entity_starts{{
     {"3DFACE", DraftEntity::Face, 0xFFF},
 }};
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); } // NOLINT(cert-err33-c): nothing was written
-};
-
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 /// Opens a regular file, or a FIFO or device whose first read returns end of file, such as /dev/null or a FIFO without
 /// a writer. Returns null for anything else, because reading it might never end.
 File open_file(const std::string& file_name)
@@ -53,10 +46,8 @@ File open_file(const std::string& file_name)
         return nullptr;
     char character = 0;
     if (is_regular || ::read(descriptor, &character, 1) == 0)
-        if (std::FILE* file = ::fdopen(descriptor, "rt")) {
-            (void)std::setvbuf(file, nullptr, _IONBF, 0); // LineReader has its own buffer
+        if (std::FILE* file = ::fdopen(descriptor, "rt"))
             return File(file);
-        }
     ::close(descriptor);
     return nullptr;
 }
@@ -152,11 +143,11 @@ bool DXFL_Processing::is_tag_string(std::string presence_str, std::string model_
 
 bool DXFL_Processing::read_file(std::string file_name, std::list<DraftEntity*>& drentity_lst)
 {
-    const File a_file = open_file(file_name);
+    File a_file = open_file(file_name);
     if (!a_file)
         return false;
 
-    LineReader lines(a_file.get());
+    LineReader lines(std::move(a_file));
     GroupCodes codes = group_codes();
     bool is_entity_section = false;
     OpenEntity entity;
@@ -188,32 +179,34 @@ bool DXFL_Processing::get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect
     struct Range {
         double min = std::numeric_limits<double>::infinity();
         double max = -std::numeric_limits<double>::infinity();
+
+        void add(double value)
+        {
+            min = value < min ? value : min;
+            max = value >= max ? value : max;
+        }
     };
-    std::array<Range, 3> ranges;
+    Range x;
+    Range y;
+    Range z;
+    DRVect3d point;
     for (const DraftEntity* entity : drentity_lst) {
-        const unsigned int count = entity->points();
-        for (unsigned int i = 0; i < count; ++i) {
-            std::array<double, 3> point{};
-            entity->get_coordinates(point[0], point[1], point[2], i);
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                Range& range = ranges[axis];
-                if (point[axis] < range.min)
-                    range.min = point[axis];
-                if (point[axis] >= range.max)
-                    range.max = point[axis];
-            }
+        for (unsigned int i = 0; entity->get_point(point, i); ++i) {
+            x.add(point.x());
+            y.add(point.y());
+            z.add(point.z());
         }
     }
 
     double limit = -1.0;
-    for (Range& range : ranges) {
-        if (range.min > range.max)
-            range.min = range.max = std::numeric_limits<double>::quiet_NaN();
+    for (Range* range : {&x, &y, &z}) {
+        if (range->min > range->max)
+            range->min = range->max = std::numeric_limits<double>::quiet_NaN();
         else
-            limit = std::max({limit, std::fabs(range.min), std::fabs(range.max)});
+            limit = std::max({limit, std::fabs(range->min), std::fabs(range->max)});
     }
-    min_pnt = {ranges[0].min, ranges[1].min, ranges[2].min};
-    max_pnt = {ranges[0].max, ranges[1].max, ranges[2].max};
+    min_pnt = {x.min, y.min, z.min};
+    max_pnt = {x.max, y.max, z.max};
     dlimit = limit < 0 ? std::numeric_limits<double>::quiet_NaN() : limit;
     return true;
 }

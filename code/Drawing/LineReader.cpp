@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <endian.h>
+#include <utility>
 
 namespace
 {
@@ -29,7 +30,10 @@ std::uint64_t line_feeds(std::uint64_t word)
 } // namespace
 
 /// Lines are scanned in words, so the block has a spare word at its end.
-LineReader::LineReader(std::FILE* file) : my_file(file), my_block(first_block_size + word_size) {}
+LineReader::LineReader(File file) : my_file(std::move(file)), my_block(first_block_size + word_size)
+{
+    (void)std::setvbuf(my_file.get(), nullptr, _IONBF, 0); // the block is the buffer
+}
 
 bool LineReader::next(Line& line)
 {
@@ -59,7 +63,7 @@ bool LineReader::read_more()
     std::memmove(my_block.data(), my_block.data() + my_begin, unfinished);
     my_begin = 0;
     const std::size_t room = my_block.size() - word_size - unfinished;
-    const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file);
+    const std::size_t count = std::fread(my_block.data() + unfinished, 1, room, my_file.get());
     my_end = unfinished + count;
     std::memset(my_block.data() + my_end, 0, word_size); // otherwise next() could find an old LF
     return count > 0;

@@ -5,8 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string_view>
 #include <vector>
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); } // NOLINT(cert-err33-c): nothing was written
+};
+
+using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// A line with its LF.
 struct Line {
@@ -19,8 +26,8 @@ struct Line {
 class LineReader
 {
 public:
-    /// `file` must be open for reading; the caller owns it.
-    explicit LineReader(std::FILE* file);
+    /// `file` must be open for reading, and nothing may have been read from it.
+    explicit LineReader(File file);
 
     /// Sets `line` to the next line, which is valid until the next call. Returns false at the end of the file or on a
     /// read error, and leaves `line` as it was.
@@ -29,7 +36,7 @@ public:
 private:
     bool read_more();
 
-    std::FILE* my_file;
+    File my_file;
     std::vector<char> my_block;
     std::size_t my_begin = 0; // of the next line in the block
     std::size_t my_end = 0;   // of the data in the block
