@@ -179,34 +179,30 @@ bool DXFL_Processing::get_boundary(std::list<DraftEntity*>& drentity_lst, DRVect
     struct Range {
         double min = std::numeric_limits<double>::infinity();
         double max = -std::numeric_limits<double>::infinity();
-
-        void add(double value)
-        {
-            min = value < min ? value : min;
-            max = value >= max ? value : max;
-        }
     };
-    Range x;
-    Range y;
-    Range z;
+    const auto widen = [](Range& range, double value) {
+        range.min = value < range.min ? value : range.min;
+        range.max = value >= range.max ? value : range.max;
+    };
+    std::array<Range, 3> ranges;
     DRVect3d point;
     for (const DraftEntity* entity : drentity_lst) {
         for (unsigned int i = 0; entity->get_point(point, i); ++i) {
-            x.add(point.x());
-            y.add(point.y());
-            z.add(point.z());
+            widen(ranges[0], point.x());
+            widen(ranges[1], point.y());
+            widen(ranges[2], point.z());
         }
     }
 
     double limit = -1.0;
-    for (Range* range : {&x, &y, &z}) {
-        if (range->min > range->max)
-            range->min = range->max = std::numeric_limits<double>::quiet_NaN();
+    for (Range& range : ranges) {
+        if (range.min > range.max)
+            range.min = range.max = std::numeric_limits<double>::quiet_NaN();
         else
-            limit = std::max({limit, std::fabs(range->min), std::fabs(range->max)});
+            limit = std::max({limit, std::fabs(range.min), std::fabs(range.max)});
     }
-    min_pnt = {x.min, y.min, z.min};
-    max_pnt = {x.max, y.max, z.max};
+    min_pnt = {ranges[0].min, ranges[1].min, ranges[2].min};
+    max_pnt = {ranges[0].max, ranges[1].max, ranges[2].max};
     dlimit = limit < 0 ? std::numeric_limits<double>::quiet_NaN() : limit;
     return true;
 }
