@@ -1,6 +1,6 @@
-// The benchmark: measures each figure alternately with the one it is compared with. Each time is the minimum of several
-// rounds, because other load on the machine can only add to it. The drawings, the display and the page of results are
-// left to script/bench.
+// The benchmark: measures each figure in turn with what it is compared with, unless that is a limit or an earlier
+// result. A time is the minimum of its rounds, because other load on the machine can only add to it. The drawings, the
+// display and the page of results are left to script/bench.
 
 #include "Drawing/DXFL_Processing.h"
 #include "Drawing/OwnedEntities.h"
@@ -29,21 +29,21 @@ namespace
 {
 
 /// Does some work and returns the seconds of the part that counts, without preparation and clean-up.
-using Work = std::function<double()>;
+using Task = std::function<double()>;
 
-/// Runs all works `rounds` times, each time in random order, and returns the minimum time of each. Free memory is
-/// returned to the system before each run, because a work that reuses another's memory would seem faster.
-std::vector<double> least_of(int rounds, const std::vector<Work>& works)
+/// Runs every task `rounds` times, each round in random order, and returns the minimum time of each. Free memory is
+/// returned to the system before each run, because a task that reuses another's memory would seem faster.
+std::vector<double> least_of(int rounds, const std::vector<Task>& tasks)
 {
     static std::mt19937 random{std::random_device{}()};
-    std::vector<double> least(works.size(), std::numeric_limits<double>::infinity());
-    std::vector<std::size_t> order(works.size());
+    std::vector<double> least(tasks.size(), std::numeric_limits<double>::infinity());
+    std::vector<std::size_t> order(tasks.size());
     std::iota(order.begin(), order.end(), 0);
     for (int round = 0; round < rounds; ++round) {
         std::shuffle(order.begin(), order.end(), random);
         for (const std::size_t i : order) {
             malloc_trim(0);
-            least[i] = std::min(least[i], works[i]());
+            least[i] = std::min(least[i], tasks[i]());
         }
     }
     return least;
@@ -113,8 +113,8 @@ void print_row(const std::string& figure, double ours, const std::string& other,
     std::fflush(stdout);
 }
 
-/// Measures both works, prints a row and returns the seconds of `theirs`.
-double compare(int rounds, const std::string& figure, const Work& ours, const std::string& other, const Work& theirs,
+/// Measures both, prints a row and returns the seconds of `theirs`.
+double compare(int rounds, const std::string& figure, const Task& ours, const std::string& other, const Task& theirs,
                double target)
 {
     std::fprintf(stderr, "Measuring %s against %s\n", figure.c_str(), other.c_str());
@@ -131,7 +131,7 @@ struct Used {
 
 /// Runs a command until its first picture, if `preload` reports that, or else until it ends. The benchmark ends if the
 /// command fails or takes five minutes.
-Work running(std::vector<std::string> command, Used& used, const char* preload = "")
+Task running(std::vector<std::string> command, Used& used, const char* preload = "")
 {
     return [=, &used]() mutable {
         std::vector<char*> arguments(command.size() + 1); // the last one stays null
@@ -183,7 +183,7 @@ void measure_programs(const Input& faces, const std::string& f3d)
             running({"f3d", "--dry-run", "--resolution=256,256", "--output=" + picture, file}, theirs), 0.6);
 }
 
-/// Measures how drawings of other programs are opened, converted and previewed, against our own limits.
+/// Measures opening, previewing and converting, mostly of foreign drawings, against our own limits.
 void measure_foreign(const Input& faces)
 {
     const std::string foreign = faces.folder + "/rooms-2600.dxf";
@@ -204,7 +204,7 @@ void measure_foreign(const Input& faces)
     print_row("peak memory of that", exploding.memory, "limit", 1.8e9, 1, memory);
 }
 
-Work reading(const std::string& file)
+Task reading(const std::string& file)
 {
     return [file] {
         OwnedEntities entities;
@@ -212,7 +212,7 @@ Work reading(const std::string& file)
     };
 }
 
-Work bare_pass(const std::string& file)
+Task bare_pass(const std::string& file)
 {
     return [file] {
         unsigned long count = 0;
@@ -226,7 +226,7 @@ Work bare_pass(const std::string& file)
     };
 }
 
-Work loading(const std::string& file)
+Task loading(const std::string& file)
 {
     return [file] {
         View view;
@@ -281,7 +281,7 @@ void measure_repaints(const Input& faces)
 void measure_growth(const Input& faces)
 {
     const Input few = {faces.folder, faces.kind, faces.count / 100};
-    const auto compare_growth = [&](const std::string& name, const Work& large, const Work& small) {
+    const auto compare_growth = [&](const std::string& name, const Task& large, const Task& small) {
         const auto count = static_cast<double>(faces.count);
         const auto often = [&] {
             double sum = 0.0;
@@ -290,7 +290,7 @@ void measure_growth(const Input& faces)
             return sum / count;
         };
         compare(
-            5, name + ", each face", [&] { return large() / count; }, "one of " + few.text(), often, 1.1);
+            5, name + ", per face", [&] { return large() / count; }, "one of " + few.text(), often, 1.1);
     };
     View large(QString::fromStdString(faces.file()), place);
     View small(QString::fromStdString(few.file()), place);

@@ -8,8 +8,8 @@ from ezdxf.math import BoundingBox, Vec3
 
 
 def faces(entity: Any) -> Iterator[list[list[Vec3]]]:
-    """Yields the rings of each face: its border, then its holes. Raises some exception if a body has anything curved or
-    unknown, because half a body looks like a whole one."""
+    """Yields the rings of each face: its border, then its holes. Raises an exception of any type if a body has anything
+    curved or unknown, because half a body looks like a whole one."""
     for body in load_dxf(entity):
         matrix = None if body.transform.is_none else body.transform.matrix
         for face in (face for lump in body.lumps() for shell in lump.shells() for face in shell.faces()):

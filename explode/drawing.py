@@ -1,4 +1,4 @@
-# A drawing as a tree of entities and blocks, and the visible part of that, with layers, arrays and nested blocks.
+# Builds the tree of a drawing's entities and blocks, and walks its visible part: layers, arrays, nested blocks.
 # shapes.py makes the shapes of a single entity.
 from __future__ import annotations
 
@@ -71,7 +71,7 @@ class Drawing:
         self.items = self.items_of(progress.counted(0, len(space), space))
         self.size = sum(item.size for item in self.items)
         if self.size > MOST_PARTS:
-            raise Refused(f"It is made of more than {MOST_PARTS:,} parts.")
+            raise Refused(f"The drawing has more than {MOST_PARTS:,} points, lines and faces.")
 
     def items_of(self, entities: Iterable[Entity]) -> list[Item]:
         items: list[Item] = []

@@ -43,7 +43,7 @@ class Parts:
         for kind, vertices in shapes:
             self.count += len(vertices) - 1 if kind == LINE else 1
             if self.count > MOST_PARTS:
-                raise Refused(f"It is made of more than {MOST_PARTS:,} parts.")
+                raise Refused(f"The drawing has more than {MOST_PARTS:,} points, lines and faces.")
             self.kinds.append(KINDS.index(kind))
             self.lengths.append(len(vertices))
             self.layers.append(layer)
@@ -61,7 +61,7 @@ class Parts:
     def extents(self) -> tuple[list[float], list[float]]:
         """Returns the least and the largest x, y and z. There must be at least one shape."""
         if not math.isfinite(sum(self.coordinates)):
-            raise Refused("Its coordinates are too large.")
+            raise Refused("The drawing's coordinates are too large.")
         axes = [self.coordinates[axis::3] for axis in range(3)]
         return [min(axis) for axis in axes], [max(axis) for axis in axes]
 

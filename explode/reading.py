@@ -19,7 +19,7 @@ OBJECTS = re.compile(BEGIN.pattern + rb"SECTION\s+2\s+OBJECTS\s", re.MULTILINE)
 
 
 def read(path: str) -> tuple[Drawing, Optional[str]]:
-    """Returns the document, and if it is incomplete the reason, as a sentence for the user."""
+    """Returns the document and, if it is incomplete, the reason as a sentence for the user."""
     # ezdxf 0.18 reads group 70 of a 3DFACE, which hides edges, as group 60, which hides the entity.
     for codes in ("acdb_face_group_codes", "merged_face_group_codes"):
         getattr(solid, codes, {}).pop(70, None)
@@ -34,7 +34,7 @@ def read(path: str) -> tuple[Drawing, Optional[str]]:
     was_cut_off = not content.rstrip().endswith(b"EOF")
     drawn, *objects = OBJECTS.split(content, maxsplit=1)
     records = BEGIN.split(drawn)[1:]
-    if not records:  # it is binary, or no DXF file
+    if not records:  # it is binary, or not a DXF file
         raise Refused(f"{path} is damaged: {reason}")
     if was_cut_off and not objects:
         del records[-1:]

@@ -19,14 +19,14 @@ Cut = Callable[[float], list[Shape]]  # makes shapes within a given distance of 
 Made = Union[list[Shape], Cut]
 Corner = tuple[Vec2, float]  # of a polyline, with the bulge of the side after it
 
-WIDEST_ANGLE = 45.0  # of an arc in one line, in degrees: even a tiny circle becomes an octagon
+WIDEST_ANGLE = 45.0  # that one line of an arc may span, in degrees: even a tiny circle becomes an octagon
 TEXTS = ("TEXT", "MTEXT", "ATTRIB", "ATTDEF")
 SPLINE_FRAME = 16  # flag in group 70: the VERTEX is a control point of a smoothed polyline, not on it
 
 
 def shapes_of(entity: Entity) -> Made:
-    """Returns the shapes of an entity whose type is in LEAVES; for a curve, a function that makes them. Raises some
-    exception if the entity is invalid."""
+    """Returns the shapes of an entity whose type is in LEAVES; for a curve, a function that makes them. Raises an
+    exception of any type if the entity is invalid."""
     made = LEAVES[entity.dxftype()](entity)
     thickness = attribute(entity, "thickness", 0.0)
     if not thickness:
@@ -72,7 +72,7 @@ def is_face(corners: list[Vec3]) -> bool:
 
 def cut_polygon(rings: list[list[Vec3]]) -> list[Shape]:
     """Returns the triangles of a polygon. Its first ring is its border, the others are its holes. It is cut in the
-    projection along an axis in which it is largest."""
+    projection along the axis that leaves the largest area."""
     spokes = [corner - rings[0][0] for corner in rings[0]]
     normal = sum((a.cross(b) for a, b in zip(spokes, spokes[1:])), Vec3())
     axis = max(range(3), key=lambda i: abs(normal[i]))
@@ -282,7 +282,7 @@ def text(entity: Entity) -> list[Shape]:
     return [Shape(LINE, outline) for outline in outlines(entity)]
 
 
-# The types that are converted. Images and the like cannot be.
+# The types that are converted here; drawing.py takes composite ones apart. Images and the like cannot be converted.
 LEAVES: dict[str, Callable[[Entity], Made]] = {
     "POINT": lambda entity: [Shape(POINT, [entity.dxf.location.xyz])],
     "LINE": lambda entity: [Shape(LINE, [entity.dxf.start.xyz, entity.dxf.end.xyz])],

@@ -1,5 +1,5 @@
 # Writes points, lines and faces as a DXF file in text form. A reader such as Tolmera's may read any line of only the
-# digits 0 1 2 3 5 8 and blanks as a group code, so no value may look like that.
+# digits 0 1 2 3 5 8 and blanks as a group code, so only layer names may look like that; form() keeps them harmless.
 from __future__ import annotations
 
 import io

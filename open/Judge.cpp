@@ -1,6 +1,6 @@
 // Reads a file as pairs of group code and value, as other programs do, and compares that with how the viewer reads the
-// same lines. The viewer may read a value as a group code: a coordinate 0 ends the entity, and the line after a handle
-// 31 becomes a coordinate.
+// same lines. The viewer may read a value as a group code: a coordinate of 0 ends the entity, and the line after a
+// handle of 31 becomes a coordinate.
 
 #include "Judge.h"
 
@@ -127,7 +127,7 @@ public:
     }
 
 private:
-    /// Records that the viewer reads a line as the value of `codes`, though it is the value of `coordinate`.
+    /// Records a line that the viewer reads as the value of `codes` and that is the value of `coordinate`, or of none.
     void record(Codes codes, Codes coordinate)
     {
         my_wrong |= (codes & coordinate_codes) ^ coordinate;
@@ -139,7 +139,7 @@ private:
     Codes my_given = 0;       // coordinates that the file gives
     Codes my_seen = 0;        // coordinates that the viewer has read
     Codes my_wrong = 0;       // coordinates that the viewer has wrong
-    Codes my_value_codes = 0; // those that the viewer sees in the last value
+    Codes my_value_codes = 0; // group codes that the viewer sees in the last value
     bool my_is_open = true;   // until the viewer closes the entity
 };
 

@@ -84,7 +84,7 @@ public:
     {
         const bool is_empty = reason.contains("holds nothing to show.");
         if (!reason.isEmpty() && !reason.endsWith("holds nothing to show.")) // the viewer says that itself
-            my_messages += (is_empty ? "" : "It could not be converted, so much of it may be missing. ") + reason;
+            my_messages += (is_empty ? "" : "It could not be converted, and much of it may be missing. ") + reason;
         const bool is_linked = !is_name_for_viewer(my_file) && make_link(path(my_copy));
         show(is_linked ? path(my_copy) : my_file.c_str());
     }
@@ -113,7 +113,7 @@ private:
         }
     }
 
-    /// Shows the converted copy. If it was moved or scaled, its name says so, because that is the viewer's title.
+    /// Shows the converted copy. If it was moved or scaled, its name says so, because the viewer shows it as its title.
     void show_copy()
     {
         const qsizetype lines = my_messages.size();
@@ -133,7 +133,7 @@ private:
             my_messages = QStringList("The viewer tolmera is not installed.");
             QObject::connect(&my_box, &QDialog::finished, [] { QApplication::exit(EXIT_FAILURE); });
         }
-        my_messages.replaceInStrings("left out: ", "Points, lines and faces cannot show: ");
+        my_messages.replaceInStrings("left out: ", "Cannot be shown with points, lines and faces: ");
         my_box.setText(my_title + "\n\n" + my_messages.join("\n\n"));
         if (!my_messages.isEmpty())
             my_timer.start(100);
@@ -186,7 +186,7 @@ int show(int argc, char** argv, const std::string& file, const std::string& fold
 
     Opening opening(file, folder, environment);
     if (folder.empty())
-        opening.show_as_it_is("There is no folder for temporary files.");
+        opening.show_as_it_is("A temporary folder could not be made.");
     else if (look == Look::Correct)
         opening.show_as_it_is();
     else

@@ -1,5 +1,6 @@
-// Opens any drawing. If the viewer shows it correctly, this process becomes the viewer, without starting Qt. Otherwise
-// a child process converts it and shows the copy, and this one waits to remove the copy, even if the child crashes.
+// Opens any drawing. If the viewer shows it correctly and accepts its name, this process becomes the viewer, without
+// starting Qt. Otherwise a child process shows a converted copy or a link with another name, and this one waits to
+// remove that, even if the child crashes.
 
 #include "Judge.h"
 #include "Opening.h"
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
         become_viewer(nullptr);
     std::string file = argc < 2 ? "" : argv[1];
     if (file[0] == '-')
-        file.insert(0, "./"); // else the other programs would read an option
+        file.insert(0, "./"); // otherwise it would look like an option
     const Look look = look_of(file.c_str());
     if (look == Look::Correct && is_name_for_viewer(file))
         become_viewer(file.c_str());
@@ -65,7 +66,7 @@ int main(int argc, char** argv)
         int number = 0;
         ::sigwait(&signals, &number);
         if (number != SIGCHLD)
-            ::kill(child, number); // which ignores it if this process should
+            ::kill(child, number); // the child inherited which signals to ignore
     }
     std::error_code error;
     std::filesystem::remove_all(folder, error);

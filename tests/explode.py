@@ -1,5 +1,5 @@
 #!/usr/bin/python3 -B
-# tolmera-explode on small drawings that ezdxf makes. A line of a table is a case: what is done => what must come.
+# tolmera-explode on small drawings that ezdxf makes. A line of a table is a case: what is done => what must result.
 # "circle((0, 0), 1, layer='a')" is ezdxf's add_circle() with that attribute; functions below draw the rest.
 import os
 import re
@@ -50,7 +50,7 @@ hatch(elevation=(0, 0, 3)).paths.add_polyline_path(ROUND) => 47 lines of 9.579, 
 (edges := hatch(extrusion=DOWN).paths.add_edge_path()), edges.add_arc((0, 0), 2, 180, 270, ccw=False), edges.add_ellipse((2, 6), (2, 0), 0.5, 90), edges.add_line((0, 0), (3, 4)), edges.add_spline(None, U[:4], [0] * 4 + [1] * 4) => 67 lines of 21.09, -4 -2 0 to 2 7 0
 body([(0, 0), (4, 0), (4, 2), (0, 4)], [(1, 1), (3, 1), (1, 3)]) => 29 faces of 72.6, 0 0 0 to 4 4 2
 block("A", "_3dsolid()").grid((9999, 9999), (1, 1)), body(U, curved="straight"), body(U, curved="plane"), block("B", "blockref('B', (0, 0))"), block("E", "()"), text(" ", "LEFT"), blockref("NOWHERE", (0, 0)), lwpolyline([(1, 1)]) => left out: 99980003 3DSOLID, 2 INSERT, 1 LWPOLYLINE
-block("A", "ell()").grid((9999, 9999), (2, 2)) => It is made of more than 5,000,000 parts.
+block("A", "ell()").grid((9999, 9999), (2, 2)) => The drawing has more than 5,000,000 points, lines and faces.
 linear_dim((5, 3), (0, 0), (9, 0)).render() => 33 lines of 18.66, 2 faces of 0.02055, 0 0 0 to 9 3.52 0
 block("A", "ell()", xscale=-2, yscale=3), block("A", "", (5, 0, 1), extrusion=DOWN).grid((3, 1), (10, 0)) => 8 lines of 21, -7 0 -1 to 2 21 0
 block("A", "ell(elevation=3)", rotation=90, extrusion=SKEW).grid((2, 3), (10, -20)) => 12 lines of 24, 0.4 -4.11 -28.56 to 22.17 26.45 3.49
@@ -126,7 +126,7 @@ def tube(space, *closed):
 
 
 def body(space, *rings, curved=""):
-    """Draws a prism with the others as its holes and a cube in its middle, and one edge ("straight") or face ("plane") curved."""
+    """Draws a prism of the first ring with the others as holes, and a cube in it; curves an edge ("straight") or a face ("plane")."""
     meshes = [forms.extrude(Vec3.list(ring), [Vec3(), Vec3(0, 0, 2)], caps=True) for ring in rings]
     bodies, solid = list(map(acis.body_from_mesh, meshes)), space.add_3dsolid()
     for cap, *holes in zip(*([face for face in b.lump.shells()[0].faces() if face.surface.normal.z] for b in bodies)):
@@ -261,7 +261,7 @@ class Explode(unittest.TestCase):
                     time.sleep(0.01)
                 child.send_signal(number)
                 *lines, last = child.stderr.read().splitlines()
-            self.assertEqual((child.returncode, last, os.listdir()), (1, "tolmera-explode: It was interrupted.", ["in.dxf"]))
+            self.assertEqual((child.returncode, last, os.listdir()), (1, "tolmera-explode: Interrupted.", ["in.dxf"]))
             self.assertEqual((lines, lines[0], lines[-1] >= "progress: 80"), (sorted(set(lines)), "progress: 40", True))
 
 

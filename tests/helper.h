@@ -51,7 +51,7 @@ inline QByteArray dxf(const QStringList& entities)
     return text + "  0\nENDSEC\n  0\nEOF\n";
 }
 
-/// The lines of this test's scenes, with FOLDER for the temporary folder.
+/// The lines of this test's scenes, with the temporary folder's path in place of FOLDER.
 inline const QStringList& scenes()
 {
     static const QStringList lines = [] {
@@ -93,7 +93,7 @@ template <typename... T> void note(const QString& name, const T&... values)
 }
 
 /// Plays the scene of the current test function up to the first step that fails. `act` does what a step says, `look`
-/// returns what lasts. This and the events must be as the step says within five seconds; "…" matches anything.
+/// returns the lasting state, which with the events must match the step within five seconds; "…" matches anything.
 inline void play(
     const std::function<void(const QString&)>& act, const std::function<State()>& look = [] { return State(); })
 {
@@ -128,7 +128,7 @@ inline void play(
     }
 }
 
-/// The color that the screen shows at a position of a widget.
+/// The colour that the screen shows at a position of a widget.
 inline QString shown(const QWidget& widget, QPoint pos)
 {
     const QPoint place = widget.mapToGlobal(pos);

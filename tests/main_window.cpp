@@ -1,4 +1,4 @@
-// The main window: what each command does, opening, the window's place, and that a long session does not grow.
+// The main window: what each command does, opening, the window's place, and that memory does not grow.
 
 #include "helper.h"
 

@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Notes what the windows say, cancels the first progress and closes the messages.
+/// Notes what the windows say, cancels a progress dialog once it shows progress, and closes the messages.
 void watch()
 {
     auto* const timer = new QTimer(qApp);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# How the program ends as a process, and what it shows on Wayland, without X. Takes its path.
+# How the program ends as a process, and what it shows on Wayland, without X. The argument is its path.
 set -euo pipefail
 program=$1
 work=$(mktemp -d)

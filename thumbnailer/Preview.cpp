@@ -31,7 +31,7 @@ constexpr double margin = 0.12;        // as a fraction of the drawing's reach; 
 constexpr int smoothing = 4;           // samples along each side of a pixel
 constexpr double stroke = 1.5;         // width of lines and smallest width of points, in pixels
 constexpr double lone_point = 1.0 / 8; // its side, as a fraction of the picture's
-constexpr int faintest_contrast = 8;   // with the background that can still be seen
+constexpr int faintest_contrast = 8;   // the smallest difference from the background that can be seen
 
 double dot(const DRVect3d& a, const DRVect3d& b)
 {
@@ -50,7 +50,7 @@ DRVect3d seen_point(const DraftEntity& entity, unsigned int index)
     return {dot(eye_x, point), dot(eye_y, point), dot(eye_z, point)};
 }
 
-/// The first and the last sample of a row or column whose centres are between two coordinates.
+/// The first and last of the samples in a row or column whose centres lie between two coordinates.
 std::pair<int, int> samples_between(double begin, double end, int side)
 {
     return {static_cast<int>(std::ceil(std::clamp<double>(begin, 0, side) - 0.5)),

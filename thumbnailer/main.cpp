@@ -38,8 +38,8 @@ namespace
 constexpr int largest_picture = 1024; // pixels a side, as in the thumbnail standard of freedesktop.org
 constexpr off_t largest_file = off_t{256} << 20;
 constexpr rlim_t most_memory = rlim_t{1280} << 20; // bytes of data, without code and mapped files
-constexpr int milliseconds_to_explode = 5500;      // so that reading and drawing a file that takes longer still fit in
-constexpr int milliseconds_to_draw = 7500;         // with exploding; 8 seconds with starting and writing
+constexpr int milliseconds_to_explode = 5500;      // leaves time to draw the file unconverted if that takes longer
+constexpr int milliseconds_to_draw = 7500;         // including exploding; 8 seconds including start-up and writing
 
 [[noreturn]] void fail(const std::string& problem)
 {
@@ -114,7 +114,7 @@ QByteArray picture_of(const char* file, int size)
         fail("the file holds no points, lines or faces");
     const QImage picture = draw_preview(drawing.list, size);
     if (picture.isNull())
-        fail("nothing of the drawing can be seen");
+        fail("no part of the drawing can be seen");
 
     QBuffer png;
     if (!png.open(QIODevice::WriteOnly) || !picture.save(&png, "PNG"))
@@ -130,10 +130,10 @@ void write_picture(const QByteArray& png, const char* file, const char* drawing)
     struct stat facts = {};
     const bool exists = ::lstat(file, &facts) == 0;
     if (exists && !S_ISREG(facts.st_mode))
-        fail(failure + "it is not a regular file");
+        fail(failure + "the output is not a regular file");
     std::error_code error;
     if (exists && std::filesystem::equivalent(file, drawing, error))
-        fail(failure + "it is the drawing");
+        fail(failure + "the output is the drawing");
 
     const int descriptor = ::open(file, O_WRONLY | O_NOFOLLOW | O_CLOEXEC | (exists ? 0 : O_CREAT | O_EXCL), 0666);
     const ssize_t size = png.size();

@@ -23,7 +23,7 @@ Page* current = nullptr;
 std::size_t used = sizeof(Page::memory); // bytes of the current page
 
 /// Moves to the next page of the block, or to a new block. Huge pages, which must be requested before the first write,
-/// make first writes five times as fast. Blocks of one page would double the address space, for alignment.
+/// make first writes five times as fast. With one page per block, alignment would double the address space.
 void begin_page()
 {
     if (current != nullptr && current + 1 < current->block + pages_of_block) {

@@ -1,11 +1,11 @@
 // DRVect3d: the three-dimensional vector for points, corners and colours.
-// Their units are left to the callers.
+// The callers choose the units.
 #pragma once
 
 #include <cmath>
 
-/// A vector of three doubles: for a point, model coordinates in drawing units; for a colour, red, green and blue from
-/// 0 to 1. Every value is accepted, infinities and NaN included.
+/// A vector of three doubles: for a point, its coordinates; for a colour, red, green and blue from 0 to 1.
+/// Every value is accepted, infinities and NaN included.
 class DRVect3d
 {
 public:
@@ -74,8 +74,8 @@ public:
     }
 
     /// The unit normal of the plane through three points; it points towards a viewer who sees them run
-    /// counter-clockwise. (0, 0, 0) if they are collinear or so close that the cross product is 0; NaN if it
-    /// overflows. Ignores the vector that it is called on.
+    /// counter-clockwise. (0, 0, 0) if they are collinear or so close that the cross product underflows; (0, 0, 0)
+    /// or NaN if it overflows. Ignores the vector that it is called on.
     DRVect3d getNormal(const DRVect3d& vectA, const DRVect3d& vectB, const DRVect3d& vectC) const
     {
         return normalize((vectB - vectA) ^ (vectC - vectA));

@@ -26,7 +26,7 @@ bool ends_number(char c)
     return c == '\n' || c == '\r' || c == ' ';
 }
 
-/// Appends the digits at `at` to `number` and returns the position behind them. `number` overflows after nineteen
+/// Appends the digits at `at` to `number` and returns the position after them. `number` overflows after nineteen
 /// digits, but is only used if there are at most fifteen.
 const char* read_digits(const char* at, std::uint64_t& number)
 {
@@ -38,8 +38,8 @@ const char* read_digits(const char* at, std::uint64_t& number)
     }
 }
 
-/// from_chars rounds correctly, in any locale. strtod_l reads all else: other formats, values out of range, inf, nan.
-/// Not inlined, because its string would cost every short number a stack frame.
+/// from_chars rounds correctly, in any locale. strtod_l reads everything else: other formats, values out of range, inf,
+/// nan. Not inlined, because its string would cost every short number a stack frame.
 [[gnu::noinline]] double long_number(const char* begin, std::string_view text)
 {
     static const locale_t c_locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);

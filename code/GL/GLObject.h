@@ -44,8 +44,8 @@ public:
     double thickness(double some_val) { return my_thickness = some_val; }
 
     /// Draws the object in the current context, with its local id on the name stack. Must not be called between glBegin
-    /// and glEnd. Leaves lighting on after a solid face and off after everything else. A type or a rendering outside
-    /// the enumerations draws nothing.
+    /// and glEnd. Leaves lighting on after a solid face and off after everything else. An unknown type, or a face
+    /// with an unknown rendering, draws nothing.
     void draw();
 
 private:

@@ -12,7 +12,7 @@
 
 class GLObject;
 
-/// A view with its own OpenGL context, which owns the objects of one drawing. Model coordinates are rotated about the
+/// A view that has its own OpenGL context and owns the objects of one drawing. Model coordinates are rotated about the
 /// model's origin, scaled uniformly and translated, in eye units; the shorter side of the widget spans -1 to 1. No
 /// public function repaints: the caller calls update().
 class QGLEditor : public QGLWidget

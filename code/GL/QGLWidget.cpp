@@ -20,8 +20,8 @@ void QGLWidget::update()
     QOpenGLWidget::update();
 }
 
-/// Qt calls resizeGL with widget pixels, and paints at once although a repaint is due. If only the scale of the screen
-/// changes, it sets the viewport itself and does not call resizeGL.
+/// Qt calls resizeGL with widget pixels, and paints at once although it will repaint anyway. If only the screen's scale
+/// changes, Qt sets the viewport itself and does not call resizeGL.
 void QGLWidget::resizeEvent(QResizeEvent* event)
 {
     my_is_resizing = true;

@@ -14,7 +14,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(FormatOptions)
 
 } // namespace QGL
 
-/// A format with these buffers besides the colour buffer.
+/// A surface format with the buffers of `options` besides the colour buffer.
 class QGLFormat : public QSurfaceFormat
 {
 public:
@@ -25,7 +25,7 @@ public:
     }
 };
 
-/// A widget painted by OpenGL. The context is created when it is first shown; until then, and always without OpenGL,
+/// A widget painted by OpenGL. The context is created when it is first shown; until then, or if there is no OpenGL,
 /// isValid() is false. Once shown, the widget must stay in its window: in another one it would get a new context, but
 /// no resizeGL().
 class QGLWidget : public QOpenGLWidget
@@ -36,7 +36,7 @@ public:
     /// `shared` is ignored: Qt shares the contexts of one window anyway.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
-    /// Paints at once, if the widget is visible. QWidget::repaint() delays a paint that is less than a frame after the
+    /// Paints at once, if the widget is visible. QWidget::repaint() would delay a paint less than a frame after the
     /// last one.
     void updateGL();
 

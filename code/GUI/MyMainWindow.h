@@ -16,7 +16,7 @@ class QMenu;
 class QSignalMapper;
 class QToolBar;
 
-/// The multiple-document main window. Its menus, toolbars, actions and drawing windows are its Qt children.
+/// The multiple-document main window. Its menus, toolbars, actions and drawing windows are its Qt descendants.
 class MyMainWindow : public QMainWindow
 {
     Q_OBJECT

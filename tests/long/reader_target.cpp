@@ -1,4 +1,4 @@
-// libFuzzer target: the reader, held against the plain rules.
+// libFuzzer target: the reader, checked against the plain rules.
 
 #include "../plain_reader.h"
 

@@ -23,13 +23,13 @@ public:
     QSize minimumSizeHint() const override { return {50, 50}; }
     QSize sizeHint() const override { return {400, 500}; }
 
-    /// Loads a DXF file; call it once, before the window is shown. If it cannot be read, warns, changes nothing and
+    /// Loads a DXF file; call once, before the window is shown. If the file cannot be read, warns, changes nothing and
     /// returns false. If it has no known entity, warns, leaves the view empty and returns true. Removes the caller's
     /// override cursor before a warning; the window may be deleted while the warning is open.
     bool loadFile(const QString& fileName);
 
-    /// The file's name without its directory, its directory without symbolic links, and its size in bytes; empty and
-    /// 0 until a file has been read.
+    /// The file's name without its directory, its directory with symbolic links resolved, and its size in bytes; empty
+    /// and 0 until a file has been read.
     QString tell_file_name() const { return drw_name; }
     QString tell_file_path() const { return drw_path; }
     qint64 tell_file_size() const { return drw_size; }
