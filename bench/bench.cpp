@@ -183,7 +183,7 @@ void measure_programs(const Input& faces, const std::string& f3d)
             running({"f3d", "--dry-run", "--resolution=256,256", "--output=" + picture, file}, theirs), 0.6);
 }
 
-/// Measures opening, previewing and converting, mostly of foreign drawings, against our own limits.
+/// Measures opening, previewing and converting, partly of foreign drawings, against our own limits.
 void measure_foreign(const Input& faces)
 {
     const std::string foreign = faces.folder + "/rooms-2600.dxf";

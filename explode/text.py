@@ -25,7 +25,7 @@ FALLBACKS = ("dejavusans", "liberationsans", "notosans", "notosanscjk", "notosan
 TOLERANCE = 1 / 30  # of the height of a capital letter
 
 Point = tuple[float, float]
-Outline = list[Vertex]  # closed: the last point is the first
+Outline = list[Vertex]  # closed: the last point is the first; or a bar of two points
 
 
 class OutlinePen(BasePen):  # type: ignore[misc]

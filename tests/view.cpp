@@ -27,7 +27,7 @@ private slots:
         view.drawing_scaling(1e10);
         view.get_drawing_object(1)->rendering(GLObject::SOLID);
         view.get_drawing_object(2)->set_mark(selected);
-        const auto act = [&](const QString& step) { // turn X Y up Z
+        const auto act = [&](const QString& step) { // turn X Y up DISTANCE
             const QStringList words = step.split(' ');
             view.drawing_rotation({words[1].toDouble(), words[2].toDouble(), 0});
             view.drawing_translation({0, words[4].toDouble(), 0});

@@ -74,8 +74,8 @@ public:
     }
 
     /// The unit normal of the plane through three points; it points towards a viewer who sees them run
-    /// counter-clockwise. (0, 0, 0) if they are collinear or so close that the cross product underflows; (0, 0, 0)
-    /// or NaN if it overflows. Ignores the vector that it is called on.
+    /// counter-clockwise. (0, 0, 0) if they are collinear or so close that the cross product's length underflows;
+    /// (0, 0, 0) or NaN if it overflows. Ignores the vector that it is called on.
     DRVect3d getNormal(const DRVect3d& vectA, const DRVect3d& vectB, const DRVect3d& vectC) const
     {
         return normalize((vectB - vectA) ^ (vectC - vectA));

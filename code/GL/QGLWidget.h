@@ -36,8 +36,8 @@ public:
     /// `shared` is ignored: Qt shares the contexts of one window anyway.
     QGLWidget(QWidget* parent, const QGLWidget* /*shared*/, Qt::WindowFlags flags) : QOpenGLWidget(parent, flags) {}
 
-    /// Paints at once, if the widget is visible. QWidget::repaint() would delay a paint less than a frame after the
-    /// last one.
+    /// Paints at once, if the widget is visible. QWidget::repaint() would delay a paint that comes less than a frame
+    /// after the last one.
     void updateGL();
 
     /// Schedules a paint. Hides QWidget::update(), whose paint would be skipped right after updateGL().

@@ -12,5 +12,5 @@ void warn(QWidget* parent, const QString& title, const QString& text);
 void inform(QWidget* parent, const QString& title, const QString& text);
 
 /// A file name, or a window title that may contain one, for use in rich text. Markup is kept, unless it would make Qt
-/// open a file, such as an image: then the name is shown as plain text.
+/// open a file, such as an image: then its tags are shown as text.
 QString rich_name(const QString& name);
