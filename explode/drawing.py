@@ -13,7 +13,7 @@ from ezdxf.document import Drawing as Document
 from ezdxf.math import Matrix44, Vec3
 from ezdxf.protocols import SupportsVirtualEntities, virtual_entities
 
-from parts import MOST_PARTS, Parts, Refused, Shape
+from parts import MOST_PARTS, TOO_MANY, Parts, Refused, Shape
 from progress import Progress
 from shapes import LEAVES, TEXTS, Cut, Entity, Made, attribute, shapes_of
 
@@ -71,7 +71,7 @@ class Drawing:
         self.items = self.items_of(progress.counted(0, len(space), space))
         self.size = sum(item.size for item in self.items)
         if self.size > MOST_PARTS:
-            raise Refused(f"The drawing has more than {MOST_PARTS:,} points, lines and faces.")
+            raise Refused(TOO_MANY)
 
     def items_of(self, entities: Iterable[Entity]) -> list[Item]:
         items: list[Item] = []

@@ -12,6 +12,7 @@ from ezdxf.math import Matrix44
 # Kinds of shapes, named after the entities that they become.
 POINT, LINE, FACE = KINDS = ("POINT", "LINE", "3DFACE")
 MOST_PARTS = 5_000_000  # points, lines and faces that a drawing may become
+TOO_MANY = f"The drawing has more than {MOST_PARTS:,} points, lines and faces."
 MOST_AT_ONCE = 10_000  # lines of a chain that are written at once, which bounds the memory for that
 FIT = 100.0  # the largest coordinate of a fitted drawing
 
@@ -43,7 +44,7 @@ class Parts:
         for kind, vertices in shapes:
             self.count += len(vertices) - 1 if kind == LINE else 1
             if self.count > MOST_PARTS:
-                raise Refused(f"The drawing has more than {MOST_PARTS:,} points, lines and faces.")
+                raise Refused(TOO_MANY)
             self.kinds.append(KINDS.index(kind))
             self.lengths.append(len(vertices))
             self.layers.append(layer)

@@ -171,8 +171,8 @@ std::optional<Reach> read_entities(Pairs& pair, const Layers& hidden)
             range[1] = std::max(range[1], value);
         } else {
             entity.add(pair, 0);
-            const bool must_be_0 = pair.code == 60 || pair.code == 67 || pair.code == 39; // invisible, on paper, thick
-            if (must_be_0 && pair.number() != 0)
+            const bool must_be_0 = pair.code == 60 || pair.code == 67 || pair.code == 39;
+            if (must_be_0 && pair.number() != 0) // invisible, in paper space or thick
                 return std::nullopt;
             if (pair.code == 8 && !hidden.empty() && hidden.count(folded(pair.value())) != 0)
                 return std::nullopt;

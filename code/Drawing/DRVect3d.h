@@ -1,5 +1,4 @@
-// DRVect3d: the three-dimensional vector for points, corners and colours.
-// The callers choose the units.
+// DRVect3d: the three-dimensional vector for points, corners and colours. The callers choose the units.
 #pragma once
 
 #include <cmath>
