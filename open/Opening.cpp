@@ -185,10 +185,10 @@ int show(int argc, char** argv, const std::string& file, const std::string& fold
     QApplication::setQuitOnLastWindowClosed(false);
 
     Opening opening(file, folder, environment);
-    if (folder.empty())
-        opening.show_as_it_is("A temporary folder could not be made.");
-    else if (look == Look::Correct)
+    if (look == Look::Correct)
         opening.show_as_it_is();
+    else if (folder.empty())
+        opening.show_as_it_is("A temporary folder could not be made.");
     else
         opening.explode();
     return QApplication::exec();
